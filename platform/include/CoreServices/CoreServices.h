@@ -1,0 +1,15 @@
+/* Licence: MIT, see LICENSE. */
+#ifndef CORESERVICES_CORESERVICES_H
+#define CORESERVICES_CORESERVICES_H
+
+#include <AE/AEDataModel.h>
+#include <AE/AEMach.h>
+#include <AE/AppleEvents.h>
+#include <CarbonCore/DriverSynchronization.h>
+#include <CarbonCore/MacErrors.h>
+#include <CarbonCore/MacMemory.h>
+#include <CarbonCore/MacTypes.h>
+#include <CarbonCore/Resources.h>
+#include <CoreFoundation/CoreFoundation.h>
+
+#endif
