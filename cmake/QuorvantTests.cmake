@@ -28,7 +28,7 @@ function(quorvant_tests name)
   add_executable(test_${name} ${arg_SOURCES})
   target_link_libraries(test_${name} PRIVATE
     quorvant_options test_support ${arg_LIBRARIES} gtest_main gmock)
-  target_include_directories(test_${name} PRIVATE "${CMAKE_SOURCE_DIR}")
+  target_compile_options(test_${name} PRIVATE "SHELL:-iquote ${CMAKE_SOURCE_DIR}")
   target_precompile_headers(test_${name} PRIVATE <gmock/gmock.h> <gtest/gtest.h>)
   gtest_discover_tests(test_${name} TEST_PREFIX "${name}." DISCOVERY_MODE PRE_TEST
     DISCOVERY_TIMEOUT 60
