@@ -4,6 +4,7 @@
 #define CARBONCORE_MACERRORS_H
 
 enum {
+  qErr = -1,
   paramErr = -50,
   eofErr = -39,
   fnfErr = -43,
@@ -15,6 +16,8 @@ enum {
   memFullErr = -108,
   nilHandleErr = -109,
   memWZErr = -111,
+  memPurErr = -112,
+  memLockedErr = -117,
   resNotFound = -192,
   resFNotFound = -193,
   addResFailed = -194,
