@@ -5,5 +5,6 @@
 
 #include <quorvant/aemessaging/aemessaging.h>
 #include <quorvant/debug/debug.h>
+#include <quorvant/util/util.h>
 
 #endif
