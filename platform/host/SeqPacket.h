@@ -1,0 +1,62 @@
+// Licence: MIT, see LICENSE.
+// Local connections that keep the bounds of packets, and may carry one descriptor with a packet. No
+// call here waits: what cannot be done now is kWouldBlock.
+#ifndef PLATFORM_HOST_SEQPACKET_H
+#define PLATFORM_HOST_SEQPACKET_H
+
+#include <cstddef>
+#include <span>
+#include <string>
+
+#include "platform/host/Descriptor.h"
+#include "platform/host/Result.h"
+
+namespace platform::host {
+
+/// Who is at the other end of a connection, as the host vouches for it.
+struct Peer {
+  int process = 0;
+  unsigned user = 0;
+};
+
+/// Takes the oldest waiting connection of a listening socket.
+Result<Descriptor> acceptConnection(const Descriptor& listener);
+
+Result<Peer> peerOf(const Descriptor& connection);
+
+/// This process's own user and process IDs, to compare with a peer's.
+unsigned effectiveUser();
+int currentProcess();
+
+/// The most bytes that one packet on this connection may have.
+std::size_t packetLimit(const Descriptor& connection);
+
+/// Sends one packet made of two parts, with a descriptor unless `passed` is null.
+Status sendPacket(const Descriptor& connection, std::span<const std::byte> head,
+                  std::span<const std::byte> body, const Descriptor* passed);
+
+struct ReceivedPacket {
+  std::size_t size = 0;
+  Descriptor passed;     // the first descriptor that came along
+  bool surplus = false;  // more came, and were closed
+};
+
+/// Takes one packet. kTooLarge when it did not fit (its rest and its descriptors are gone),
+/// kDisconnected when the other end has closed and everything was read; an empty packet counts as
+/// that.
+Result<ReceivedPacket> receivePacket(const Descriptor& connection, std::span<std::byte> buffer);
+
+/// Ends a connection or a listening socket for both sides, waking whoever waits on it. The
+/// descriptor stays open, so that its number is not reused under another thread's feet.
+void shutDown(const Descriptor& socket);
+
+/// Two ends of a new connection.
+struct ConnectedPair {
+  Descriptor first;
+  Descriptor second;
+};
+Result<ConnectedPair> makeConnectedPair();
+
+}  // namespace platform::host
+
+#endif
