@@ -1,0 +1,42 @@
+// Licence: MIT, see LICENSE.
+// Another program that runs beside this process until it has an answer.
+#ifndef PLATFORM_HOST_CHILDPROGRAM_H
+#define PLATFORM_HOST_CHILDPROGRAM_H
+
+#include <string>
+#include <vector>
+
+#include "platform/host/Descriptor.h"
+#include "platform/host/Result.h"
+#include "platform/host/WakeEvent.h"
+
+namespace platform::host {
+
+class ChildProgram final {
+ public:
+  /// Starts the program at a path; its input and output are the null device, its errors ours.
+  /// `command` holds the path, then the arguments. Programs of the host's own are started directly,
+  /// whatever processor this process is built for.
+  static Result<ChildProgram> start(const std::vector<std::string>& command);
+
+  ChildProgram(ChildProgram&& other) noexcept;
+  ChildProgram& operator=(ChildProgram&&) = delete;
+  /// Ends the program if it still runs.
+  ~ChildProgram();
+
+  /// Waits for its end and gives its exit status. kWouldBlock when the event was raised first;
+  /// kFailed when a signal ended it.
+  Result<int> wait(const WakeEvent& wake);
+
+ private:
+  ChildProgram(int started, Descriptor life) : process(started), life(std::move(life)) {}
+  Result<int> collect();
+
+  int process;
+  Descriptor
+      life;  // reads its end when the program has ended: the other end is the program's alone
+};
+
+}  // namespace platform::host
+
+#endif
