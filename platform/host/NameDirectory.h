@@ -76,13 +76,15 @@ class NameDirectory final {
   /// Removes a name whose owner is dead.
   void reap(const std::string& folder, const std::string& name) const;
 
+  /// Opens a folder, for files of another kind beside the names. kPermission as open().
+  Result<Descriptor> subdirectory(const std::string& folder, Make make) const;
+
   /// A descriptor that becomes readable when names of a folder come or go.
   Result<Descriptor> watch(const std::string& folder) const;
 
  private:
   NameDirectory(Descriptor opened, std::string openedPath, Audience whoMayConnect);
 
-  Result<Descriptor> subdirectory(const std::string& folder, Make make) const;
   std::string addressIn(const Descriptor& folder, const std::string& folderName,
                         const std::string& file) const;
   Result<NamedConnection> connectFile(const Descriptor& folder, const std::string& folderName,
