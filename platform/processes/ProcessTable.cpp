@@ -1,0 +1,206 @@
+// Licence: MIT, see LICENSE.
+//
+// Checking in: draw a serial number, register the private port under it, and only then publish the
+// record, so that whoever sees a process can send to it. What a process that dies half-way leaves
+// behind is a socket under a number that nobody will ever ask for.
+#include "platform/processes/ProcessTable.h"
+
+#include <CarbonCore/MacErrors.h>
+#include <mach/mach.h>
+
+#include <charconv>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "platform/host/FileContents.h"
+#include "platform/host/NameDirectory.h"
+#include "platform/host/ProcessIdentity.h"
+#include "platform/host/ProgramPath.h"
+#include "platform/host/RecordFolder.h"
+#include "platform/host/Roots.h"
+#include "platform/host/SeqPacket.h"
+#include "platform/host/Ticks.h"
+#include "platform/mach/PortSpace.h"
+#include "platform/processes/ProcessRecords.h"
+
+namespace platform::processes {
+namespace {
+
+constexpr char kFolder[] = "processes";
+constexpr std::size_t kMaximumPackageInfo = 4096;
+
+/// This process in one name space.
+struct Membership {
+  std::string nameSpace;
+  ProcessRecords records;
+  host::Descriptor record;  // open, and so locked
+  Serial serial;
+};
+
+/// What the process keeps for good. A private port outlives a change of the name space.
+struct Table {
+  std::mutex mutex;
+  std::optional<Membership> membership;
+  mach_port_name_t port = MACH_PORT_NULL;
+};
+
+Table& table() {
+  static Table& instance = *new Table;  // threads may use it while the process exits
+  return instance;
+}
+
+constexpr std::string_view kPortPrefix = "port.";
+
+std::string portName(Serial serial, SInt32 pid) {
+  // The process ID keeps a look-up that falls back to the system's name space from finding a
+  // process with the same serial number there.
+  return std::string(kPortPrefix) + std::to_string(serial) + "." + std::to_string(pid);
+}
+
+/// Removes what dead processes have left. A port is tried only if it has no live record, so that no
+/// other process is woken for this.
+void reap(const host::NameDirectory& directory, const ProcessRecords& records) {
+  records.reap();
+  for (const std::string& name : directory.names(kFolder)) {
+    if (!name.starts_with(kPortPrefix)) continue;
+    Serial serial = 0;
+    std::from_chars(name.data() + kPortPrefix.size(), name.data() + name.size(), serial);
+    if (!records.find(serial)) directory.reap(kFolder, name);
+  }
+}
+
+host::Result<std::shared_ptr<host::NameDirectory>> openNameSpace(const std::string& path) {
+  using Directory = host::NameDirectory;
+  const bool systems = path == host::systemNameSpacePath();
+  return Directory::open(path,
+                         systems ? Directory::Audience::kEveryone : Directory::Audience::kOwner,
+                         Directory::Make::kYes);
+}
+
+ProcessRecord describeSelf() {
+  ProcessRecord record;
+  record.pid = host::currentProcess();
+  record.launcher = host::parentProcess();
+  record.launchTicks = host::ticksAt(host::monotonicNow());
+  record.path = host::programPath();
+  record.name = processName(record.path);
+  if (const auto application = applicationFolder(record.path)) {
+    const auto info = host::readFile(*application + "/Contents/PkgInfo", kMaximumPackageInfo);
+    if (info) readPackageInfo(*info, record);
+  }
+  return record;
+}
+
+bool havePort(Table& state) {
+  return state.port != MACH_PORT_NULL ||
+         mach_port_allocate(mach_task_self(), MACH_PORT_RIGHT_RECEIVE, &state.port) == KERN_SUCCESS;
+}
+
+std::optional<Membership> join(Table& state, const std::string& nameSpace) {
+  const auto directory = openNameSpace(nameSpace);
+  if (!directory || !havePort(state)) return std::nullopt;
+  host::Result<host::Descriptor> folder =
+      (*directory)->subdirectory(kFolder, host::NameDirectory::Make::kYes);
+  if (!folder) return std::nullopt;
+  ProcessRecords records{host::RecordFolder(std::move(*folder))};
+  reap(**directory, records);
+
+  const ProcessRecord self = describeSelf();
+  const Serial serial = records.draw();
+  if (serial == 0) return std::nullopt;
+  const std::string name = portName(serial, self.pid);
+  if (mach::registerIn(kFolder, name.c_str(), state.port) != KERN_SUCCESS) return std::nullopt;
+  host::Result<host::Descriptor> record = records.publish(serial, self);
+  if (!record) return std::nullopt;
+  return Membership{nameSpace, std::move(records), std::move(*record), serial};
+}
+
+/// This process's membership of the present name space, null if it cannot have one.
+const Membership* membershipOf(Table& state) {
+  const std::string nameSpace = host::userNameSpacePath();
+  if (!state.membership || state.membership->nameSpace != nameSpace) {
+    state.membership.reset();
+    state.membership = join(state, nameSpace);
+  }
+  return state.membership ? &*state.membership : nullptr;
+}
+
+/// The low word of a process's number, the caller's own for kCurrentProcess; 0 for what is none.
+Serial serialOf(const Membership& self, const ProcessSerialNumber& process) {
+  if (process.highLongOfPSN != 0) return 0;
+  return process.lowLongOfPSN == kCurrentProcess ? self.serial : process.lowLongOfPSN;
+}
+
+}  // namespace
+
+OSStatus checkIn(ProcessSerialNumber& self) {
+  Table& state = table();
+  const std::lock_guard lock(state.mutex);
+  const Membership* membership = membershipOf(state);
+  if (membership == nullptr) return procNotFound;
+  self = {0, membership->serial};
+  return noErr;
+}
+
+mach_port_name_t privatePort() {
+  Table& state = table();
+  const std::lock_guard lock(state.mutex);
+  return state.port;
+}
+
+OSStatus portOfProcess(const ProcessSerialNumber& process, mach_port_name_t& port) {
+  ProcessSerialNumber found;
+  ProcessRecord record;
+  if (const OSStatus error = findProcess(process, found, record)) return error;
+  const std::string name = portName(found.lowLongOfPSN, record.pid);
+  if (mach::lookUpIn(kFolder, name.c_str(), &port) != KERN_SUCCESS) return procNotFound;
+  return noErr;
+}
+
+bool isCurrentProcess(const ProcessSerialNumber& process) {
+  Table& state = table();
+  const std::lock_guard lock(state.mutex);
+  const Membership* self = membershipOf(state);
+  if (self == nullptr) return process.highLongOfPSN == 0 && process.lowLongOfPSN == kCurrentProcess;
+  return serialOf(*self, process) == self->serial;
+}
+
+OSStatus findProcess(const ProcessSerialNumber& process, ProcessSerialNumber& found,
+                     ProcessRecord& record) {
+  Table& state = table();
+  const std::lock_guard lock(state.mutex);
+  const Membership* self = membershipOf(state);
+  if (self == nullptr) return procNotFound;
+  const Serial serial = serialOf(*self, process);
+  std::optional<ProcessRecord> read = self->records.find(serial);
+  if (!read) return procNotFound;
+  found = {0, serial};
+  record = std::move(*read);
+  return noErr;
+}
+
+OSStatus findProcessWithID(SInt32 pid, ProcessSerialNumber& found) {
+  Table& state = table();
+  const std::lock_guard lock(state.mutex);
+  const Membership* self = membershipOf(state);
+  const Serial serial = self == nullptr ? 0 : self->records.withProcessID(pid);
+  if (serial == 0) return procNotFound;
+  found = {0, serial};
+  return noErr;
+}
+
+OSStatus advance(ProcessSerialNumber& process) {
+  Table& state = table();
+  const std::lock_guard lock(state.mutex);
+  const Membership* self = membershipOf(state);
+  const bool ordered = self != nullptr && process.highLongOfPSN == 0;
+  const Serial following = ordered ? self->records.next(serialOf(*self, process)) : 0;
+  process = {0, following};
+  if (following == kNoProcess) return procNotFound;
+  return noErr;
+}
+
+}  // namespace platform::processes
