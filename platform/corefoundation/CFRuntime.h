@@ -15,8 +15,8 @@
 
 namespace platform::corefoundation {
 
-/// Registers a type under its name ("CFString") and gives its ID. A type asks once and keeps it, in a
-/// static member function type(). The name must stay for good.
+/// Registers a type under its name ("CFString") and gives its ID. A type asks once and keeps it, in
+/// a static member function type(). The name must stay for good.
 CFTypeID registerType(const char* name);
 /// The name of a registered type, else null.
 const char* typeName(CFTypeID type);
@@ -30,7 +30,8 @@ class Object {
   Object& operator=(const Object&) = delete;
 
   virtual CFTypeID typeID() const = 0;
-  /// Called with an object of the same type that is not this one. By default only identity is equality.
+  /// Called with an object of the same type that is not this one. By default only identity is
+  /// equality.
   virtual bool equals(const Object& other) const;
   /// Equal objects have equal hashes. By default made of the address.
   virtual CFHashCode hash() const;
@@ -41,8 +42,8 @@ class Object {
 
   void retain() const;
   void release() const;
-  /// Retains, unless the last reference is already gone: for tables that list objects without owning
-  /// them. The table's lock must keep the destructor from getting past it.
+  /// Retains, unless the last reference is already gone: for tables that list objects without
+  /// owning them. The table's lock must keep the destructor from getting past it.
   bool retainUnlessDying() const;
   CFIndex retainCount() const;
   /// Whose memory the object is; the system's for one that is there before main.
@@ -75,12 +76,13 @@ inline bool Object::retainUnlessDying() const {
   return false;
 }
 
-/// Memory from an allocator (null: the thread's default, which is then retained for the object's life).
+/// Memory from an allocator (null: the thread's default, which is then retained for the object's
+/// life).
 void* allocateObject(CFAllocatorRef& allocator, std::size_t size);
 void freeObject(CFAllocatorRef allocator, void* memory);
 
-/// Makes an object with one reference, and so many bytes of its own right behind it; null if there is
-/// no memory. Its constructor must not throw.
+/// Makes an object with one reference, and so many bytes of its own right behind it; null if there
+/// is no memory. Its constructor must not throw.
 template <typename T, typename... Arguments>
 T* createWithSpace(CFAllocatorRef allocator, std::size_t space, Arguments&&... arguments) {
   void* memory = allocateObject(allocator, sizeof(T) + space);
@@ -90,7 +92,8 @@ T* createWithSpace(CFAllocatorRef allocator, std::size_t space, Arguments&&... a
   return object;
 }
 
-/// Makes an object with one reference, or null if there is no memory. Its constructor must not throw.
+/// Makes an object with one reference, or null if there is no memory. Its constructor must not
+/// throw.
 template <typename T, typename... Arguments>
 T* create(CFAllocatorRef allocator, Arguments&&... arguments) {
   return createWithSpace<T>(allocator, 0, std::forward<Arguments>(arguments)...);

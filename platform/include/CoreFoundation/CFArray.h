@@ -3,8 +3,8 @@
  * Values in order, counted from 0. Values are any pointer-sized values; the call-backs say how they
  * are held, compared and described.
  *
- * Immutable arrays may be used on several threads at once, a mutable one by one thread at a time. An
- * argument that is null, of another type, out of range or (where something is to be changed) not
+ * Immutable arrays may be used on several threads at once, a mutable one by one thread at a time.
+ * An argument that is null, of another type, out of range or (where something is to be changed) not
  * mutable gives null, 0 or false, or leaves everything as it is; so does a lack of memory. An array
  * with kCFTypeArrayCallBacks takes no null value.
  */

@@ -1,8 +1,8 @@
 /* Licence: MIT, see LICENSE. */
 /*
- * Bytes. Immutable data may be used on several threads at once, mutable data by one thread at a time.
- * An argument that is null, of another type, out of range or (where bytes are to be changed) not
- * mutable gives null or 0, or leaves everything as it is; so does a lack of memory.
+ * Bytes. Immutable data may be used on several threads at once, mutable data by one thread at a
+ * time. An argument that is null, of another type, out of range or (where bytes are to be changed)
+ * not mutable gives null or 0, or leaves everything as it is; so does a lack of memory.
  */
 #ifndef COREFOUNDATION_CFDATA_H
 #define COREFOUNDATION_CFDATA_H
@@ -20,14 +20,15 @@ CFTypeID CFDataGetTypeID(void);
 CFDataRef CFDataCreate(CFAllocatorRef allocator, const UInt8* bytes, CFIndex length);
 /*
  * The bytes themselves, given back to the deallocator (null: the default allocator) with the data.
- * With kCFAllocatorNull they stay the caller's and must outlive the data. Where null is returned they
- * stay the caller's too.
+ * With kCFAllocatorNull they stay the caller's and must outlive the data. Where null is returned
+ * they stay the caller's too.
  */
 CFDataRef CFDataCreateWithBytesNoCopy(CFAllocatorRef allocator, const UInt8* bytes, CFIndex length,
                                       CFAllocatorRef bytesDeallocator);
 /* The bytes as they are now: the same object again where that is as good. */
 CFDataRef CFDataCreateCopy(CFAllocatorRef allocator, CFDataRef data);
-/* Data that holds no more than `capacity` bytes (0: no limit). A copy needs room for the original. */
+/* Data that holds no more than `capacity` bytes (0: no limit). A copy needs room for the original.
+ */
 CFMutableDataRef CFDataCreateMutable(CFAllocatorRef allocator, CFIndex capacity);
 CFMutableDataRef CFDataCreateMutableCopy(CFAllocatorRef allocator, CFIndex capacity,
                                          CFDataRef data);

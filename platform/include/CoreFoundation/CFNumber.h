@@ -58,12 +58,13 @@ Boolean CFNumberIsFloatType(CFNumberRef number);
 /*
  * Stores the value as the type asked for. False if that is not exactly the number's value, and the
  * nearest that the type holds is stored: the bounds of its range for what is beyond them, what is
- * left without the fraction for an integer type, 0 for not-a-number as an integer. For bad arguments
- * false, and nothing is stored.
+ * left without the fraction for an integer type, 0 for not-a-number as an integer. For bad
+ * arguments false, and nothing is stored.
  */
 Boolean CFNumberGetValue(CFNumberRef number, CFNumberType type, void* value);
 
-/* By exact value. Not-a-number equals itself and comes before all others. The context is not used. */
+/* By exact value. Not-a-number equals itself and comes before all others. The context is not used.
+ */
 CFComparisonResult CFNumberCompare(CFNumberRef a, CFNumberRef b, void* context);
 
 EXTERN_API_END

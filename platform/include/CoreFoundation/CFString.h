@@ -33,8 +33,8 @@ enum {
 };
 
 /*
- * The constant string of a literal: the same object for the same text in the whole process, on every
- * thread, for good. Characters beyond ASCII are taken as MacRoman.
+ * The constant string of a literal: the same object for the same text in the whole process, on
+ * every thread, for good. Characters beyond ASCII are taken as MacRoman.
  */
 #define CFSTR(literal) __CFStringMakeConstantString("" literal "")
 
@@ -45,9 +45,9 @@ CFStringRef __CFStringMakeConstantString(const char* text);
 CFTypeID CFStringGetTypeID(void);
 
 /*
- * Creation. Text that is not valid in its encoding gives null: bytes beyond 127 in ASCII, ill-formed
- * UTF-8, half a UTF-16 unit, an encoding not listed above. C and Pascal strings are of the 8-bit
- * encodings only.
+ * Creation. Text that is not valid in its encoding gives null: bytes beyond 127 in ASCII,
+ * ill-formed UTF-8, half a UTF-16 unit, an encoding not listed above. C and Pascal strings are of
+ * the 8-bit encodings only.
  */
 CFStringRef CFStringCreateWithCString(CFAllocatorRef allocator, const char* text,
                                       CFStringEncoding encoding);
@@ -56,8 +56,8 @@ CFStringRef CFStringCreateWithPascalString(CFAllocatorRef allocator, ConstStr255
 CFStringRef CFStringCreateWithCharacters(CFAllocatorRef allocator, const UniChar* characters,
                                          CFIndex count);
 /*
- * An external representation may start with a byte order mark, which is no part of the text. The mark
- * decides the order of kCFStringEncodingUnicode, which without one is big-endian outside.
+ * An external representation may start with a byte order mark, which is no part of the text. The
+ * mark decides the order of kCFStringEncodingUnicode, which without one is big-endian outside.
  */
 CFStringRef CFStringCreateWithBytes(CFAllocatorRef allocator, const UInt8* bytes, CFIndex count,
                                     CFStringEncoding encoding, Boolean isExternalRepresentation);
@@ -68,9 +68,9 @@ CFStringRef CFStringCreateWithSubstring(CFAllocatorRef allocator, CFStringRef st
 
 /*
  * Formatting as printf does, with arguments by position (%2$d) too, and besides:
- * %@ an object: a string's text, a number's or boolean's value, the description of any other, "(null)";
- * %C a UniChar, %S a UniChar string, %s a MacRoman string, %D %U %O as %ld %lu %lo, and q before an
- * integer conversion as ll. %n stores nothing. The options are reserved: null.
+ * %@ an object: a string's text, a number's or boolean's value, the description of any other,
+ * "(null)"; %C a UniChar, %S a UniChar string, %s a MacRoman string, %D %U %O as %d %u %o, and q
+ * before an integer conversion as ll. %n stores nothing. The options are reserved: null.
  */
 CFStringRef CFStringCreateWithFormat(CFAllocatorRef allocator, CFDictionaryRef formatOptions,
                                      CFStringRef format, ...);
@@ -93,10 +93,10 @@ Boolean CFStringGetPascalString(CFStringRef string, StringPtr buffer, CFIndex bu
                                 CFStringEncoding encoding);
 
 /*
- * As many whole characters of the range as fit and can be converted; the number of UTF-16 units taken
- * is the result, of bytes made *usedBytes (may be null). A non-zero loss byte replaces each character
- * that the encoding lacks; with 0 conversion stops there. Without a buffer bytes are only counted.
- * An external representation in kCFStringEncodingUnicode starts with a byte order mark.
+ * As many whole characters of the range as fit and can be converted; the number of UTF-16 units
+ * taken is the result, of bytes made *usedBytes (may be null). A non-zero loss byte replaces each
+ * character that the encoding lacks; with 0 conversion stops there. Without a buffer bytes are only
+ * counted. An external representation in kCFStringEncodingUnicode starts with a byte order mark.
  */
 CFIndex CFStringGetBytes(CFStringRef string, CFRange range, CFStringEncoding encoding,
                          UInt8 lossByte, Boolean isExternalRepresentation, UInt8* buffer,
@@ -106,7 +106,8 @@ CFIndex CFStringGetBytes(CFStringRef string, CFRange range, CFStringEncoding enc
  * number. */
 CFIndex CFStringGetMaximumSizeForEncoding(CFIndex length, CFStringEncoding encoding);
 
-/* By the values of the UTF-16 units, if the options say nothing else. Null comes before any text. */
+/* By the values of the UTF-16 units, if the options say nothing else. Null comes before any text.
+ */
 CFComparisonResult CFStringCompare(CFStringRef a, CFStringRef b, CFOptionFlags options);
 
 /* Mutable strings. Beyond a maximum length (0: none) nothing is appended. */
