@@ -1,0 +1,68 @@
+// Licence: MIT, see LICENSE.
+// What qrl can do. A command writes its findings to standard output, one line on standard error
+// when it fails, and answers with the exit status.
+#ifndef TOOLS_QRL_COMMANDS_H
+#define TOOLS_QRL_COMMANDS_H
+
+#include <CarbonCore/MacTypes.h>
+
+#include <chrono>
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "tools/qrl/ExitStatus.h"
+#include "tools/qrl/Values.h"
+
+namespace qrl {
+
+using Seconds = std::chrono::duration<double>;
+
+struct HelpCommand {
+  std::string text;
+};
+
+struct PortsCommand {
+  bool json = false;
+};
+
+struct SendCommand {
+  std::string port;                            // empty where a process is given
+  std::optional<ProcessSerialNumber> process;  // the high-level-event path
+  OSType eventClass = 0;
+  OSType eventID = 0;
+  std::vector<Parameter> parameters;
+  bool wantsReply = true;
+  Seconds timeout{60};
+  bool json = false;
+};
+
+struct QuitCommand {
+  std::string port;
+  Seconds timeout{60};
+};
+
+struct WaitCommand {
+  std::string name;
+  bool gone = false;
+  Seconds timeout{0};
+};
+
+using Command = std::variant<HelpCommand, PortsCommand, SendCommand, QuitCommand, WaitCommand>;
+
+ExitStatus run(const HelpCommand& command);
+ExitStatus run(const PortsCommand& command);
+ExitStatus run(const SendCommand& command);
+ExitStatus run(const QuitCommand& command);
+ExitStatus run(const WaitCommand& command);
+
+/// Reads the arguments behind the program's name. Throws UsageError.
+Command parseCommandLine(const std::vector<std::string>& arguments);
+
+/// Writes "qrl: " and the text as one line on standard error, and answers with the status.
+ExitStatus fail(ExitStatus status, const std::string& text);
+
+}  // namespace qrl
+
+#endif
