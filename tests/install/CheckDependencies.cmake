@@ -1,0 +1,15 @@
+# LIBRARY needs nothing at run time beyond the C and C++ libraries and the loader.
+execute_process(COMMAND "${READELF}" -d "${LIBRARY}" OUTPUT_VARIABLE dynamic
+  COMMAND_ERROR_IS_FATAL ANY)
+string(REGEX MATCHALL "\\(NEEDED\\)[^\n]*\\[[^\n]*\\]" needed "${dynamic}")
+if(NOT needed)
+  message(FATAL_ERROR "no dependencies found in ${dynamic}")
+endif()
+foreach(entry IN LISTS needed)
+  if(NOT entry MATCHES "\\[(libc|libm|libstdc\\+\\+|libgcc_s|ld[0-9a-z-]*)\\.so\\.[0-9]+\\]")
+    message(SEND_ERROR "depends on ${entry}")
+  endif()
+endforeach()
+if(NOT dynamic MATCHES "\\(SONAME\\)[^\n]*\\[libquorvant\\.so\\.1\\]")
+  message(SEND_ERROR "the library's own name is not libquorvant.so.1")
+endif()
