@@ -29,12 +29,11 @@ class ChildProgram final {
   Result<int> wait(const WakeEvent& wake);
 
  private:
-  ChildProgram(int started, Descriptor life) : process(started), life(std::move(life)) {}
+  ChildProgram(int started, Descriptor end) : process(started), life(std::move(end)) {}
   Result<int> collect();
 
   int process;
-  Descriptor
-      life;  // reads its end when the program has ended: the other end is the program's alone
+  Descriptor life;  // reads its end when the program has ended, which holds the other end
 };
 
 }  // namespace platform::host

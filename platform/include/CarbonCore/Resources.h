@@ -81,8 +81,7 @@ SInt32 GetResourceSizeOnDisk(Handle resource);
 
 /* Frees a resource's memory; the handle is gone. */
 void ReleaseResource(Handle resource);
-/* Makes the handle the caller's own, no resource any more; loaded or not. resAttrErr when the
-   resource is marked as changed. */
+/* Makes the handle the caller's own, no resource any more. */
 void DetachResource(Handle resource);
 
 EXTERN_API_END
