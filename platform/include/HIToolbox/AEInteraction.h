@@ -27,7 +27,7 @@ EXTERN_API_BEGIN
  * oldest Apple event with the record's class and ID is taken out of the queue and given to its
  * handler, and the reply is sent if the sender wants one ("errn" errAEEventNotHandled where there
  * is no handler). Returns the handler's result. paramErr for null or another kind of event;
- * errAENotAppleEvent when no such event waits or its message is not an Apple event.
+ * errAENotAppleEvent when no such event waits, errAECorruptData when its message is damaged.
  */
 OSErr AEProcessAppleEvent(const EventRecord* event);
 

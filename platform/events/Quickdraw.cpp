@@ -1,0 +1,4 @@
+// Licence: MIT, see LICENSE.
+#include <QD/Quickdraw.h>
+
+void InitCursor(void) {}
