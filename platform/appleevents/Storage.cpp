@@ -1,0 +1,94 @@
+// Licence: MIT, see LICENSE.
+#include "platform/appleevents/Storage.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <new>
+
+using platform::appleevents::Storage;
+
+std::unique_ptr<Storage> Storage::make(std::size_t size) {
+  std::unique_ptr<Storage> storage(new (std::nothrow) Storage);
+  if (storage == nullptr || size > kMaxSize || !storage->reserve(size)) return nullptr;
+  storage->block.size = size;
+  return storage;
+}
+
+std::unique_ptr<Storage> Storage::adopt(platform::mach::Buffer buffer) {
+  std::unique_ptr<Storage> storage(new (std::nothrow) Storage);
+  if (storage == nullptr) return nullptr;
+  storage->capacity = buffer.size;
+  storage->block = std::move(buffer);
+  return storage;
+}
+
+std::unique_ptr<Storage> Storage::duplicate() const {
+  std::unique_ptr<Storage> copy = make(block.size);
+  if (copy == nullptr) return nullptr;
+  std::ranges::copy(bytes(), copy->writable().begin());
+  copy->replyRight = replyRight;
+  return copy;
+}
+
+bool Storage::reserve(std::size_t size) {
+  if (size <= capacity) return true;
+  constexpr std::size_t kSmallest = 16;
+  const std::size_t roomy = std::max({size, kSmallest, std::min(capacity * 2, kMaxSize)});
+  void* grown = std::realloc(block.memory.get(), roomy);
+  if (grown == nullptr) return false;
+  static_cast<void>(block.memory.release());  // realloc has freed it
+  block.memory.reset(static_cast<std::byte*>(grown));
+  capacity = roomy;
+  return true;
+}
+
+std::byte* Storage::splice(std::size_t offset, std::size_t removed, std::size_t inserted) {
+  const std::size_t kept = block.size - removed;
+  if (inserted > kMaxSize - kept || !reserve(kept + inserted)) return nullptr;
+  std::byte* at = block.memory.get() + offset;
+  if (removed != inserted) std::memmove(at + inserted, at + removed, kept - offset);
+  block.size = kept + inserted;
+  cursor.set({0, 0});
+  readCount = 0;
+  return at;
+}
+
+bool Storage::trackReads(UInt32 parameters) {
+  reads.reset(new (std::nothrow) std::atomic<bool>[parameters]());
+  readCount = reads == nullptr ? 0 : parameters;
+  return reads != nullptr;
+}
+
+void Storage::markRead(UInt32 index) {
+  if (index <= readCount) reads[index - 1].store(true, std::memory_order_relaxed);
+}
+
+bool Storage::wasRead(UInt32 index) const {
+  return index > readCount || reads[index - 1].load(std::memory_order_relaxed);
+}
+
+namespace platform::appleevents {
+
+ReplyRight::~ReplyRight() {
+  if (!spent.load(std::memory_order_relaxed)) mach_port_deallocate(mach_task_self(), port);
+}
+
+Cursor::Place Cursor::get() {
+  if (busy.test_and_set(std::memory_order_acquire)) return {0, 0};
+  const Place known = place;
+  busy.clear(std::memory_order_release);
+  return known;
+}
+
+void Cursor::set(Place to) {
+  if (busy.test_and_set(std::memory_order_acquire)) return;
+  place = to;
+  busy.clear(std::memory_order_release);
+}
+
+Bytes bytesOf(const AEDesc& desc) {
+  return desc.dataHandle == nullptr ? Bytes() : desc.dataHandle->bytes();
+}
+
+}  // namespace platform::appleevents
