@@ -12,8 +12,8 @@
 
 namespace platform::mach {
 
-/// Owns what the message carries: the out-of-line data and the right in msgh_remote_port, until they
-/// are taken.
+/// Owns what the message carries: the out-of-line data and the right in msgh_remote_port, until
+/// they are taken.
 struct MessageBlock {
   mach_msg_header_t header;
   mach_msg_body_t body;
@@ -27,8 +27,8 @@ inline constexpr mach_msg_id_t kAppleEventMessageID = 0x61657674;  // 'aevt'
 MessageBlock makeBlock(Message message);
 
 /// Takes the parts back out of a message that a call-back was handed, leaving null and
-/// MACH_PORT_NULL behind so that they are not freed twice. Nothing if the header does not describe a
-/// block of this shape.
+/// MACH_PORT_NULL behind so that they are not freed twice. Nothing if the header does not describe
+/// a block of this shape.
 std::optional<Message> takeFromBlock(mach_msg_header_t* header);
 
 /// Frees whatever a block still owns: its data, and its right to answer (which is not answered).

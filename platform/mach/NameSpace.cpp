@@ -1,0 +1,70 @@
+// Licence: MIT, see LICENSE.
+#include "platform/mach/NameSpace.h"
+
+#include <mutex>
+
+#include "platform/host/Roots.h"
+
+namespace platform::mach {
+
+namespace {
+
+using host::NameDirectory;
+
+/// An open directory, kept as long as its path stays what it was and nobody removes it.
+class KeptDirectory final {
+ public:
+  host::Result<Directory> at(const std::string& path, NameDirectory::Make make) {
+    const std::lock_guard lock(guard);
+    if (kept && path == keptPath && !kept->isRemoved()) return kept;
+    kept.reset();
+    const bool systems = path == host::systemNameSpacePath();
+    host::Result<Directory> opened = NameDirectory::open(
+        path, systems ? NameDirectory::Audience::kEveryone : NameDirectory::Audience::kOwner, make);
+    if (!opened) return opened.error();
+    keptPath = path;
+    kept = *opened;
+    return kept;
+  }
+
+ private:
+  std::mutex guard;
+  std::string keptPath;
+  Directory kept;
+};
+
+// Never destroyed, because threads may outlive main.
+KeptDirectory& own() {
+  static KeptDirectory& only = *new KeptDirectory;
+  return only;
+}
+
+KeptDirectory& systems() {
+  static KeptDirectory& only = *new KeptDirectory;
+  return only;
+}
+
+void append(SearchList& list, const host::Result<Directory>& directory) {
+  if (directory) {
+    list.directories.push_back(*directory);
+  } else if (directory.error() == host::Error::kPermission) {
+    list.refusal = true;
+  }
+}
+
+}  // namespace
+
+host::Result<Directory> ownDirectory() {
+  return own().at(host::userNameSpacePath(), NameDirectory::Make::kYes);
+}
+
+SearchList searchedDirectories() {
+  SearchList list;
+  const std::string ownPath = host::userNameSpacePath();
+  const std::string systemPath = host::systemNameSpacePath();
+  append(list, own().at(ownPath, NameDirectory::Make::kNo));
+  if (ownPath != systemPath) append(list, systems().at(systemPath, NameDirectory::Make::kNo));
+  return list;
+}
+
+}  // namespace platform::mach

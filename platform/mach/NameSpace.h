@@ -1,0 +1,34 @@
+// Licence: MIT, see LICENSE.
+// Which directories names are in: this user's own, and the system's behind it.
+#ifndef PLATFORM_MACH_NAMESPACE_H
+#define PLATFORM_MACH_NAMESPACE_H
+
+#include <mach/port.h>
+
+#include <memory>
+#include <vector>
+
+#include "platform/host/NameDirectory.h"
+
+namespace platform::mach {
+
+/// The two ports that every process knows without asking.
+inline constexpr mach_port_name_t kTaskPort = 0x103;
+inline constexpr mach_port_name_t kBootstrapPort = 0x203;
+
+using Directory = std::shared_ptr<host::NameDirectory>;
+
+/// The directory in which this process registers names, made if need be.
+host::Result<Directory> ownDirectory();
+
+/// The directories in which names are looked for, those that exist, in their order. `refusal` tells
+/// whether one was left out because it is not safe to use.
+struct SearchList {
+  std::vector<Directory> directories;
+  bool refusal = false;
+};
+SearchList searchedDirectories();
+
+}  // namespace platform::mach
+
+#endif
