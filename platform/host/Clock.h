@@ -1,6 +1,6 @@
 // Licence: MIT, see LICENSE.
-// The host's clocks, and points in time to wait for. A caller reads the clock once, makes a deadline
-// of it and hands the deadline down, so that a wait that is resumed does not grow.
+// The host's clocks, and points in time to wait for. A caller reads the clock once, makes a
+// deadline of it and hands the deadline down, so that a wait that is resumed does not grow.
 #ifndef PLATFORM_HOST_CLOCK_H
 #define PLATFORM_HOST_CLOCK_H
 
