@@ -11,6 +11,7 @@
 #include <functional>
 #include <limits>
 #include <type_traits>
+#include <utility>
 
 namespace platform::corefoundation {
 
@@ -50,6 +51,12 @@ class GrowingBuffer {
 
   bool append(CFAllocatorRef allocator, const T* source, CFIndex added) {
     return replace(allocator, count, 0, source, added);
+  }
+
+  void swap(GrowingBuffer& other) {
+    std::swap(block, other.block);
+    std::swap(count, other.count);
+    std::swap(capacity, other.capacity);
   }
 
   void release(CFAllocatorRef allocator) {

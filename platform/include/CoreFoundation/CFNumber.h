@@ -12,7 +12,8 @@
 typedef const struct __CFBoolean* CFBooleanRef;
 typedef const struct __CFNumber* CFNumberRef;
 
-typedef enum {
+typedef SInt32 CFNumberType;
+enum {
   /* Fixed widths. */
   kCFNumberSInt8Type = 1,
   kCFNumberSInt16Type = 2,
@@ -30,7 +31,7 @@ typedef enum {
   kCFNumberDoubleType = 13,
   kCFNumberCFIndexType = 14,
   kCFNumberMaxType = 14
-} CFNumberType;
+};
 
 EXTERN_API_BEGIN
 
@@ -39,10 +40,6 @@ extern const CFBooleanRef kCFBooleanTrue;
 extern const CFBooleanRef kCFBooleanFalse;
 CFTypeID CFBooleanGetTypeID(void);
 Boolean CFBooleanGetValue(CFBooleanRef boolean);
-
-extern const CFNumberRef kCFNumberPositiveInfinity;
-extern const CFNumberRef kCFNumberNegativeInfinity;
-extern const CFNumberRef kCFNumberNaN;
 
 CFTypeID CFNumberGetTypeID(void);
 
@@ -57,14 +54,14 @@ Boolean CFNumberIsFloatType(CFNumberRef number);
 
 /*
  * Stores the value as the type asked for. False if that is not exactly the number's value, and the
- * nearest that the type holds is stored: the bounds of its range for what is beyond them, what is
- * left without the fraction for an integer type, 0 for not-a-number as an integer. For bad
- * arguments false, and nothing is stored.
+ * nearest that the type holds is stored: for an integer type what is left without the fraction, the
+ * bound of its range for what is beyond it and 0 for not-a-number; for a floating-point type the
+ * rounded value. For bad arguments false, and nothing is stored.
  */
 Boolean CFNumberGetValue(CFNumberRef number, CFNumberType type, void* value);
 
-/* By exact value. Not-a-number equals itself and comes before all others. The context is not used.
- */
+/* By exact value. Not-a-number equals itself and comes before all others. Null comes first. The
+ * context is not used. */
 CFComparisonResult CFNumberCompare(CFNumberRef a, CFNumberRef b, void* context);
 
 EXTERN_API_END
