@@ -3,12 +3,15 @@
 
 #include <poll.h>
 #include <sys/epoll.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <atomic>
 #include <cerrno>
 #include <climits>
+
+#include "platform/host/Retry.h"
 
 namespace platform::host {
 
@@ -107,6 +110,12 @@ bool waitForAny(std::span<Interest> interests, Deadline deadline) {
     interests[i].writable = (polled[i].revents & (POLLOUT | POLLHUP | POLLERR)) != 0;
   }
   return true;
+}
+
+void discardInput(const Descriptor& descriptor) {
+  std::array<std::byte, 4096> rest;
+  while (retry([&] { return read(descriptor.number(), rest.data(), rest.size()); }) > 0) {
+  }
 }
 
 bool hasHungUp(const Descriptor& connection) {

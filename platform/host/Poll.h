@@ -47,6 +47,9 @@ struct Interest {
 /// passed or a signal came.
 bool waitForAny(std::span<Interest> interests, Deadline deadline);
 
+/// Throws away what a descriptor that does not block has to read.
+void discardInput(const Descriptor& descriptor);
+
 /// Whether the other end of a connection has closed it.
 bool hasHungUp(const Descriptor& connection);
 

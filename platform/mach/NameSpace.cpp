@@ -1,6 +1,9 @@
 // Licence: MIT, see LICENSE.
 #include "platform/mach/NameSpace.h"
 
+#include <servers/bootstrap.h>
+
+#include <cstring>
 #include <mutex>
 
 #include "platform/host/Roots.h"
@@ -53,6 +56,11 @@ void append(SearchList& list, const host::Result<Directory>& directory) {
 }
 
 }  // namespace
+
+bool isPortName(const char* name) {
+  const std::size_t length = strnlen(name, BOOTSTRAP_MAX_NAME_LEN);
+  return length > 0 && length < BOOTSTRAP_MAX_NAME_LEN;
+}
 
 host::Result<Directory> ownDirectory() {
   return own().at(host::userNameSpacePath(), NameDirectory::Make::kYes);

@@ -16,6 +16,9 @@ namespace platform::mach {
 inline constexpr mach_port_name_t kTaskPort = 0x103;
 inline constexpr mach_port_name_t kBootstrapPort = 0x203;
 
+/// Whether this can be the name of a port: 1 to BOOTSTRAP_MAX_NAME_LEN - 1 bytes.
+bool isPortName(const char* name);
+
 using Directory = std::shared_ptr<host::NameDirectory>;
 
 /// The directory in which this process registers names, made if need be.

@@ -2,10 +2,10 @@
 #include <servers/bootstrap.h>
 
 #include <algorithm>
-#include <cstring>
 
 #include "platform/host/Poll.h"
 #include "platform/mach/Guard.h"
+#include "platform/mach/NameList.h"
 #include "platform/mach/NameSpace.h"
 #include "platform/mach/Space.h"
 #include "platform/mach/WaitSet.h"
@@ -13,8 +13,6 @@
 namespace platform::mach {
 
 namespace {
-
-constexpr char kPortsFolder[] = "ports";
 
 kern_return_t codeOf(host::Error error, kern_return_t otherwise) {
   switch (error) {
@@ -29,11 +27,6 @@ kern_return_t codeOf(host::Error error, kern_return_t otherwise) {
     default:
       return otherwise;
   }
-}
-
-bool isGoodName(const char* name) {
-  const std::size_t length = strnlen(name, BOOTSTRAP_MAX_NAME_LEN);
-  return length > 0 && length < BOOTSTRAP_MAX_NAME_LEN;
 }
 
 // Looking up
@@ -201,7 +194,7 @@ kern_return_t giveNameUp(const Listener::Name& name) {
 }  // namespace
 
 kern_return_t registerIn(const char* directory, const char* name, mach_port_name_t port) {
-  if (!isGoodName(name)) return BOOTSTRAP_BAD_COUNT;
+  if (!isPortName(name)) return BOOTSTRAP_BAD_COUNT;
   if (port == MACH_PORT_NULL) return giveNameUp({directory, name});
   std::shared_ptr<Port> registered;
   {
@@ -213,7 +206,7 @@ kern_return_t registerIn(const char* directory, const char* name, mach_port_name
 
 kern_return_t lookUpIn(const char* directory, const char* name, mach_port_name_t* port) {
   *port = MACH_PORT_NULL;
-  if (!isGoodName(name)) return BOOTSTRAP_UNKNOWN_SERVICE;
+  if (!isPortName(name)) return BOOTSTRAP_UNKNOWN_SERVICE;
   return lookUp(directory, name, port);
 }
 
@@ -225,11 +218,11 @@ kern_return_t bootstrap_look_up(mach_port_t bootstrap, const char* name, mach_po
   if (name == nullptr || port == nullptr) return KERN_INVALID_ARGUMENT;
   *port = MACH_PORT_NULL;
   if (bootstrap != kBootstrapPort) return MACH_SEND_INVALID_DEST;
-  return guarded(BOOTSTRAP_NO_MEMORY, [&] { return lookUpIn(kPortsFolder, name, port); });
+  return guarded(BOOTSTRAP_NO_MEMORY, [&] { return lookUpIn(kBootstrapFolder, name, port); });
 }
 
 kern_return_t bootstrap_register(mach_port_t bootstrap, const char* name, mach_port_t port) {
   if (name == nullptr) return KERN_INVALID_ARGUMENT;
   if (bootstrap != kBootstrapPort) return MACH_SEND_INVALID_DEST;
-  return guarded(BOOTSTRAP_NO_MEMORY, [&] { return registerIn(kPortsFolder, name, port); });
+  return guarded(BOOTSTRAP_NO_MEMORY, [&] { return registerIn(kBootstrapFolder, name, port); });
 }

@@ -1,0 +1,121 @@
+// Licence: MIT, see LICENSE.
+#include "platform/mach/NameList.h"
+
+#include <servers/bootstrap.h>
+
+#include <algorithm>
+#include <array>
+#include <map>
+#include <optional>
+
+#include "platform/host/Poll.h"
+#include "platform/host/SeqPacket.h"
+#include "platform/mach/NameSpace.h"
+
+namespace platform::mach {
+
+namespace {
+
+void listInto(std::map<std::string, NamedPort>& found, const host::NameDirectory& directory,
+              const char* folder) {
+  const bool systems = directory.audience() == host::NameDirectory::Audience::kEveryone;
+  for (const std::string& name : directory.names(folder)) {
+    const host::Result<host::NamedConnection> owner = directory.connect(folder, name);
+    if (owner) {
+      const host::Result<host::Peer> peer = host::peerOf(owner->connection);
+      found.try_emplace(name, NamedPort{name, peer ? peer->process : 0, systems});
+    } else if (owner.error() == host::Error::kNotFound) {
+      directory.reap(folder, name);
+    }
+  }
+}
+
+/// Where a name may appear: a search list and descriptors that tell of changes there.
+struct Lookout {
+  SearchList list;
+  std::vector<host::Descriptor> changes;
+
+  // The watches are laid before anybody looks, so that nothing happens unseen in between.
+  static host::Result<Lookout> over(const char* folder) {
+    const host::Result<Directory> own = ownDirectory();
+    if (!own) return own.error();
+    Lookout lookout{searchedDirectories(), {}};
+    for (const Directory& directory : lookout.list.directories) {
+      host::Result<host::Descriptor> watch = directory->watch(folder);
+      if (watch) {
+        lookout.changes.push_back(std::move(*watch));
+      } else if (directory == *own) {
+        return watch.error();
+      }
+    }
+    return lookout;
+  }
+
+  // True when something may have changed, false when the deadline has passed.
+  bool wait(host::Deadline deadline, const host::Descriptor* connection = nullptr) const {
+    std::vector<host::Interest> interests;
+    for (const host::Descriptor& change : changes) interests.push_back({&change});
+    if (connection != nullptr) interests.push_back({connection});
+    const bool ready = host::waitForAny(interests, deadline);
+    for (const host::Descriptor& change : changes) host::discardInput(change);
+    return ready || deadline.remaining() > 0;
+  }
+
+  // The first directory in which somebody alive holds the name.
+  std::optional<host::NamedConnection> find(const char* folder, const std::string& name) const {
+    for (const Directory& directory : list.directories) {
+      host::Result<host::NamedConnection> found = directory->connect(folder, name);
+      if (found) return std::move(*found);
+    }
+    return std::nullopt;
+  }
+
+  bool holds(const char* folder, const std::string& name,
+             const host::SocketIdentity& socket) const {
+    return std::any_of(
+        list.directories.begin(), list.directories.end(), [&](const auto& directory) {
+          const host::Result<host::SocketIdentity> holder = directory->identify(folder, name);
+          return holder && *holder == socket;
+        });
+  }
+};
+
+kern_return_t codeOf(host::Error error) {
+  return error == host::Error::kPermission ? BOOTSTRAP_NOT_PRIVILEGED : BOOTSTRAP_NO_MEMORY;
+}
+
+}  // namespace
+
+std::vector<NamedPort> liveNames(const char* directory) {
+  std::map<std::string, NamedPort> found;
+  for (const Directory& searched : searchedDirectories().directories) {
+    listInto(found, *searched, directory);
+  }
+  std::vector<NamedPort> names;
+  for (auto& [name, port] : found) names.push_back(std::move(port));
+  return names;
+}
+
+kern_return_t waitForName(const char* directory, const char* name, host::Deadline deadline) {
+  if (!isPortName(name)) return BOOTSTRAP_BAD_COUNT;
+  const host::Result<Lookout> lookout = Lookout::over(directory);
+  if (!lookout) return codeOf(lookout.error());
+  while (!lookout->find(directory, name)) {
+    if (!lookout->wait(deadline)) return MACH_RCV_TIMED_OUT;
+  }
+  return KERN_SUCCESS;
+}
+
+kern_return_t waitForEnd(const char* directory, const char* name, host::Deadline deadline) {
+  if (!isPortName(name)) return BOOTSTRAP_BAD_COUNT;
+  const host::Result<Lookout> lookout = Lookout::over(directory);
+  if (!lookout) return codeOf(lookout.error());
+  const std::optional<host::NamedConnection> owner = lookout->find(directory, name);
+  if (!owner) return KERN_SUCCESS;
+  while (!host::hasHungUp(owner->connection) && lookout->holds(directory, name, owner->identity)) {
+    if (!lookout->wait(deadline, &owner->connection)) return MACH_RCV_TIMED_OUT;
+  }
+  return KERN_SUCCESS;
+}
+
+}  // namespace platform::mach
