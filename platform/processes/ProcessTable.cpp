@@ -9,7 +9,6 @@
 #include <mach/mach.h>
 
 #include <charconv>
-#include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -23,6 +22,7 @@
 #include "platform/host/Roots.h"
 #include "platform/host/SeqPacket.h"
 #include "platform/host/Ticks.h"
+#include "platform/mach/NameSpace.h"
 #include "platform/mach/PortSpace.h"
 #include "platform/processes/ProcessRecords.h"
 
@@ -72,14 +72,6 @@ void reap(const host::NameDirectory& directory, const ProcessRecords& records) {
   }
 }
 
-host::Result<std::shared_ptr<host::NameDirectory>> openNameSpace(const std::string& path) {
-  using Directory = host::NameDirectory;
-  const bool systems = path == host::systemNameSpacePath();
-  return Directory::open(path,
-                         systems ? Directory::Audience::kEveryone : Directory::Audience::kOwner,
-                         Directory::Make::kYes);
-}
-
 ProcessRecord describeSelf() {
   ProcessRecord record;
   record.pid = host::currentProcess();
@@ -100,7 +92,7 @@ bool havePort(Table& state) {
 }
 
 std::optional<Membership> join(Table& state, const std::string& nameSpace) {
-  const auto directory = openNameSpace(nameSpace);
+  const host::Result<mach::Directory> directory = mach::ownDirectory();
   if (!directory || !havePort(state)) return std::nullopt;
   host::Result<host::Descriptor> folder =
       (*directory)->subdirectory(kFolder, host::NameDirectory::Make::kYes);
