@@ -35,9 +35,9 @@ Seconds parseSeconds(const std::string& text) {
 struct Words {
   std::string name;
   std::vector<std::string> codes;
-  std::string process;
+  std::optional<std::string> process;
   std::vector<std::string> parameters;
-  std::string timeout;
+  std::optional<std::string> timeout;
   bool json = false;
   bool noReply = false;
   bool gone = false;
@@ -48,7 +48,7 @@ void describePorts(CLI::App& app, Words& words) { app.add_flag("--json", words.j
 void describeSend(CLI::App& app, Words& words) {
   app.add_option("words", words.codes)->required()->expected(2, 3);
   app.add_option("--process", words.process);
-  app.add_option("--param", words.parameters)->expected(1)->allow_extra_args(false);
+  app.add_option("--param", words.parameters)->allow_extra_args(false);
   app.add_option("--timeout", words.timeout);
   app.add_flag("--no-reply", words.noReply);
   app.add_flag("--json", words.json);
@@ -68,8 +68,8 @@ void describeWait(CLI::App& app, Words& words) {
 SendCommand readSend(const Words& words) {
   SendCommand command;
   std::vector<std::string> codes = words.codes;
-  if (!words.process.empty()) {
-    command.process = parseSerialNumber(words.process);
+  if (words.process) {
+    command.process = parseSerialNumber(*words.process);
   } else if (codes.size() == 3) {
     command.port = parseName(codes.front());
     codes.erase(codes.begin());
@@ -82,7 +82,7 @@ SendCommand readSend(const Words& words) {
   for (const std::string& text : words.parameters) {
     command.parameters.push_back(parseParameter(text));
   }
-  if (!words.timeout.empty()) command.timeout = parseSeconds(words.timeout);
+  if (words.timeout) command.timeout = parseSeconds(*words.timeout);
   command.wantsReply = !words.noReply;
   command.json = words.json;
   return command;
@@ -90,12 +90,12 @@ SendCommand readSend(const Words& words) {
 
 QuitCommand readQuit(const Words& words) {
   QuitCommand command{parseName(words.name)};
-  if (!words.timeout.empty()) command.timeout = parseSeconds(words.timeout);
+  if (words.timeout) command.timeout = parseSeconds(*words.timeout);
   return command;
 }
 
 WaitCommand readWait(const Words& words) {
-  return {parseName(words.name), words.gone, parseSeconds(words.timeout)};
+  return {parseName(words.name), words.gone, parseSeconds(*words.timeout)};
 }
 
 // CLI11 puts some messages on several lines.

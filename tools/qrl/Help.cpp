@@ -4,7 +4,7 @@
 namespace qrl {
 
 const char kHelp[] =
-    R"(qrl looks into a running system: which ports there are, and what they answer.
+    R"help(qrl looks into a running system: which ports there are, and what they answer.
 
 Usage:
   qrl ports [--json]
@@ -58,6 +58,6 @@ Examples:
   qrl send --process 0:4711 aevt quit --no-reply
   qrl wait com.quorvant.qrlagentd.1.1 --timeout 10
   qrl quit com.quorvant.qrlagentd.1.1 && qrl wait com.quorvant.qrlagentd.1.1 --gone --timeout 5
-)";
+)help";
 
 }  // namespace qrl
