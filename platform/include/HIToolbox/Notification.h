@@ -33,17 +33,19 @@ typedef struct NMRec {
 EXTERN_API_BEGIN
 
 /*
- * Posts a notice. The text is copied; the record stays the caller's and must live until its
- * response was called or it is removed. When the user has dismissed the notice, the response is
- * called on the main run loop (never before this returns); it may install the record again. A
- * record that is installed still is left as it is. nmTypErr when qType is not nmType, memFullErr.
- * May be called on any thread.
+ * Posts a notice. The text is copied; the record stays the caller's and must live until it is
+ * removed or its response was called. When the user has dismissed the notice (at once, where there
+ * is no text), the response is called on the main run loop in its default mode, never before this
+ * returns. The record then stays installed, without effect; installing it again posts it again. One
+ * whose notice is not over is left as it is. nmTypErr when qType is not nmType, memFullErr. May be
+ * called on any thread.
  */
 OSErr NMInstall(NMRecPtr record);
 
 /*
- * Takes a record out, and its notice down; its response is not called any more. nmTypErr when qType
- * is not nmType, qErr when it is not installed. May be called on any thread.
+ * Takes a record out, and its notice down if that is not over; its response is not called any more.
+ * nmTypErr when qType is not nmType, qErr when it is not installed. May be called on any thread,
+ * and by responses.
  */
 OSErr NMRemove(NMRecPtr record);
 
