@@ -44,6 +44,8 @@ set_property(GLOBAL PROPERTY QRL_COMPONENTS "")
 # quorvant_component(NAME SOURCES ... [DEPENDS ...]): one folder of the library.
 function(quorvant_component name)
   cmake_parse_arguments(arg "" "" "SOURCES;DEPENDS" ${ARGN})
+  # A folder is called "debug", which target_link_libraries takes for a word of its own.
+  list(TRANSFORM arg_DEPENDS REPLACE "^debug$" "$<1:debug>")
   if(NOT arg_SOURCES)
     add_library(${name} INTERFACE)
     target_link_libraries(${name} INTERFACE ${arg_DEPENDS})
