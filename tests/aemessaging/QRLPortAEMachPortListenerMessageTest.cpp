@@ -6,7 +6,6 @@
 #include <quorvant/aemessaging/QRLPortAEMachPortListener.h>
 
 #include <cstring>
-#include <filesystem>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -37,16 +36,15 @@ struct Dispatched {
   bool operator==(const Dispatched&) const = default;
 };
 
+// What one allocation takes at the least.
+constexpr std::size_t kSmallestAllocation = 16;
+
 // Memory in use, as the allocator of this build counts it.
 std::size_t allocatedBytes() {
   if (__sanitizer_get_current_allocated_bytes != nullptr) {
     return __sanitizer_get_current_allocated_bytes();
   }
   return mallinfo2().uordblks;
-}
-
-std::ptrdiff_t openDescriptors() {
-  return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
 }
 
 class PortListenerMessages : public testing::Test {
@@ -328,21 +326,27 @@ TEST_F(PortListenerMessages, LeaveTheEventAndTheReplyBehindAndNothingElse) {
     ask();
     serve();
     EXPECT_TRUE(readAnswer().came);
+    ASSERT_EQ(kept.size(), 2u);
+    EXPECT_EQ(kept[0].descriptorType, DescType(typeAppleEvent));
+    EXPECT_EQ(kept[1].descriptorType, DescType(typeAppleEvent));
     dispatched.clear();
   };
-  for (int i = 0; i < 40; ++i) roundTrip();
-  EXPECT_EQ(kept.size(), 80u);
-  disposeKept();
-
+  const auto roundTrips = [&](int count) {
+    for (int i = 0; i < count; ++i) {
+      roundTrip();
+      disposeKept();
+    }
+  };
+  roundTrips(100);  // the allocator's own caches fill up
+  const std::ptrdiff_t descriptors = tests::openDescriptors();
   const std::size_t before = allocatedBytes();
-  const std::ptrdiff_t descriptors = openDescriptors();
-  for (int i = 0; i < 40; ++i) roundTrip();
-  EXPECT_EQ(kept.size(), 80u);
-  for (const AEDesc& desc : kept) EXPECT_EQ(desc.descriptorType, DescType(typeAppleEvent));
-  EXPECT_GT(allocatedBytes(), before);
+  roundTrips(500);
+  EXPECT_LT(allocatedBytes(), before + 500 * kSmallestAllocation);
+  EXPECT_EQ(tests::openDescriptors(), descriptors);
+  roundTrip();
+  const std::size_t withBoth = allocatedBytes();
   disposeKept();
-  EXPECT_EQ(allocatedBytes(), before);
-  EXPECT_EQ(openDescriptors(), descriptors);
+  EXPECT_LT(allocatedBytes(), withBoth - 2 * kSmallestAllocation);
 }
 
 TEST_F(PortListenerMessages, LeaveOnlyTheEventBehindWhenNoReplyIsWanted) {

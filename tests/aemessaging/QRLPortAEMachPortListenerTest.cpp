@@ -554,6 +554,20 @@ TEST_F(PortListener, FreesItsNameAndObjectsWithItself) {
   CFRelease(kept);
 }
 
+TEST_F(PortListener, LeavesNoDescriptorsOpen) {
+  const auto live = [this] {
+    TestListener shortLived;
+    EXPECT_EQ(shortLived.ListenOnPort(kName, runLoop, tests::ignoreEvent, nullptr), 0);
+    TestListener second;
+    EXPECT_EQ(second.ListenOnPort(kName, runLoop, tests::ignoreEvent, nullptr), -97);
+    EXPECT_EQ(shortLived.ListenOnPort(kName, runLoop, tests::ignoreEvent, nullptr), 0);
+  };
+  live();
+  const std::ptrdiff_t before = tests::openDescriptors();
+  for (int i = 0; i < 20; ++i) live();
+  EXPECT_EQ(tests::openDescriptors(), before);
+}
+
 // -- The static operations --
 
 TEST_F(PortListener, AsksForTheBootstrapPortOnce) {

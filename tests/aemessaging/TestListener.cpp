@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <filesystem>
+#include <iterator>
 #include <thread>
 
 namespace tests {
@@ -28,6 +30,10 @@ mach_port_t portBehind(const char* name) {
   if (bootstrap_look_up(bootstrap, name, &port) != BOOTSTRAP_SUCCESS) return MACH_PORT_NULL;
   mach_port_deallocate(mach_task_self(), port);
   return port;
+}
+
+std::ptrdiff_t openDescriptors() {
+  return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
 }
 
 OtherPort::OtherPort(const char* name) {

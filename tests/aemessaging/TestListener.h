@@ -5,6 +5,7 @@
 
 #include <quorvant/aemessaging/QRLPortAEMachPortListener.h>
 
+#include <cstddef>
 #include <functional>
 #include <string>
 
@@ -32,6 +33,9 @@ mach_port_urefs_t sendRightsOf(mach_port_t port);
 
 /// The port that a name leads to, without keeping the right; MACH_PORT_NULL for none.
 mach_port_t portBehind(const char* name);
+
+/// How many files, sockets and the like this process has open.
+std::ptrdiff_t openDescriptors();
 
 /// A port of this process that somebody else could have: registered under a name, and destroyed
 /// with the object.
