@@ -68,7 +68,7 @@ Result<Descriptor> openTrusted(int base, const std::string& path, NameDirectory:
     fchmodat(base, path.c_str(), directoryMode(audience), 0);  // whatever the umask left of it
   }
   Descriptor opened(retry([&] { return openat(base, path.c_str(), kDirectoryFlags); }));
-  if (!opened && errno == ELOOP) return Error::kPermission;
+  if (!opened && (errno == ELOOP || errno == ENOTDIR)) return Error::kPermission;
   if (!opened) return lastError();
   struct stat state {};
   if (fstat(opened.number(), &state) == -1) return lastError();

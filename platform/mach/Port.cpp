@@ -1,5 +1,6 @@
 // Licence: MIT, see LICENSE.
 #include <algorithm>
+#include <cstdlib>
 
 #include "platform/mach/Space.h"
 #include "platform/mach/WaitSet.h"
@@ -49,6 +50,14 @@ std::vector<Port::DeathNotice> takeDeathNotices(Port& port) {
   return notices;
 }
 
+// Spares others the finding out that a process which ended in good order is gone.
+void removeAllNames() {
+  if (host::currentProcess() != space().process)
+    return;  // a child that was split off holds no names
+  Lock lock(space().mutex);
+  removeNames(lock, std::vector<std::shared_ptr<Listener>>(space().listeners));
+}
+
 }  // namespace
 
 Space& space() {
@@ -89,6 +98,18 @@ bool Port::awaits(const Connection& connection) const {
 std::shared_ptr<Port> findPort(mach_port_name_t name) {
   const Entry* entry = space().names.find(name);
   return entry == nullptr ? nullptr : entry->port;
+}
+
+void addListener(const std::shared_ptr<Port>& port, const std::shared_ptr<Listener>& listener) {
+  if (space().process == 0) {
+    space().process = host::currentProcess();
+    static_cast<void>(std::atexit(removeAllNames));
+  }
+  listener->port = port;
+  port->listeners.push_back(listener);
+  space().listeners.push_back(listener);
+  for (WaitSet* set : port->sets) set->watch(listener);
+  wakeWaiters(*port);
 }
 
 void wakeWaiters(Port& port) {

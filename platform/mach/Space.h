@@ -155,6 +155,7 @@ struct Space {
   std::uint64_t lastKey = 0;
   std::uint64_t lastSequence = 0;
   Token lastToken = 0;
+  int process = 0;  // that has listeners
 
   Token nextToken();
 };
@@ -168,6 +169,8 @@ Space& space();
 std::shared_ptr<Port> findPort(mach_port_name_t name);
 /// Puts a message into a port's queue and wakes who waits for it.
 void enqueue(Port& port, QueuedMessage message);
+/// Lets a port be reached through a listening socket.
+void addListener(const std::shared_ptr<Port>& port, const std::shared_ptr<Listener>& listener);
 /// Wakes everybody who waits for a port, because something about it changed.
 void wakeWaiters(Port& port);
 /// Makes a right for the answer to a request: the port awaits it from now on. `connection` is null

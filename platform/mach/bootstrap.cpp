@@ -8,7 +8,6 @@
 #include "platform/mach/NameList.h"
 #include "platform/mach/NameSpace.h"
 #include "platform/mach/Space.h"
-#include "platform/mach/WaitSet.h"
 
 namespace platform::mach {
 
@@ -144,11 +143,7 @@ host::Result<std::shared_ptr<Listener>> obtainListener(const std::shared_ptr<Por
     return listener;
   }
   listener = std::make_shared<Listener>(directory, std::move(*bound));
-  listener->port = port;
-  port->listeners.push_back(listener);
-  space().listeners.push_back(listener);
-  for (WaitSet* set : port->sets) set->watch(listener);
-  wakeWaiters(*port);
+  addListener(port, listener);
   return listener;
 }
 

@@ -1,0 +1,164 @@
+// Licence: MIT, see LICENSE.
+#include "platform/mach/Packet.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <vector>
+
+#include "tests/platform/mach/MachTesting.h"
+
+namespace tests {
+namespace {
+
+using platform::mach::Assembler;
+using platform::mach::Buffer;
+using platform::mach::decodeHeader;
+using platform::mach::encodeHeader;
+using platform::mach::kPacketHeaderSize;
+using platform::mach::makeBuffer;
+using platform::mach::PacketHeader;
+using Kind = PacketHeader::Kind;
+using Outcome = Assembler::Outcome;
+
+std::vector<std::byte> packet(const PacketHeader& header, Bytes body = {}) {
+  const auto head = encodeHeader(header);
+  std::vector<std::byte> bytes(head.begin(), head.end());
+  bytes.insert(bytes.end(), body.begin(), body.end());
+  return bytes;
+}
+
+TEST(PacketHeaderCoding, IsBigEndianOnEveryHost) {
+  const auto bytes = encodeHeader({.kind = Kind::kFirst,
+                                   .inMemoryFile = true,
+                                   .destination = 0x01020304,
+                                   .reply = 0x05060708,
+                                   .id = -2,
+                                   .total = 0x090a0b0c});
+  const unsigned char expected[kPacketHeaderSize] = {'Q', 'r', 'M', '1', 1,    1,    0,    0,
+                                                     1,   2,   3,   4,   5,    6,    7,    8,
+                                                     255, 255, 255, 254, 0x09, 0x0a, 0x0b, 0x0c};
+  EXPECT_EQ(0, std::memcmp(expected, bytes.data(), sizeof expected));
+}
+
+TEST(PacketHeaderCoding, GivesBackWhatWasPutIn) {
+  const PacketHeader header{.kind = Kind::kContinuation,
+                            .destination = 0xfffffffe,
+                            .reply = 1,
+                            .id = 0x61657674,
+                            .total = 0x7fffffff};
+  const auto decoded = decodeHeader(encodeHeader(header));
+  ASSERT_TRUE(decoded);
+  EXPECT_EQ(Kind::kContinuation, decoded->kind);
+  EXPECT_FALSE(decoded->inMemoryFile);
+  EXPECT_EQ(0xfffffffeu, decoded->destination);
+  EXPECT_EQ(1u, decoded->reply);
+  EXPECT_EQ(0x61657674, decoded->id);
+  EXPECT_EQ(0x7fffffffu, decoded->total);
+}
+
+TEST(PacketHeaderCoding, RefusesWhatIsNotAsItShouldBe) {
+  struct {
+    std::size_t at;
+    unsigned char value;
+  } const faults[] = {{0, 'q'}, {3, '2'}, {4, 0}, {4, 4}, {5, 2}, {6, 1}, {7, 1}, {20, 0x80}};
+  for (const auto& fault : faults) {
+    auto bytes = encodeHeader({.id = 1});
+    bytes[fault.at] = std::byte{fault.value};
+    EXPECT_FALSE(decodeHeader(bytes)) << fault.at;
+  }
+  const auto whole = encodeHeader({.id = 1});
+  for (std::size_t size = 0; size < whole.size(); ++size) {
+    EXPECT_FALSE(decodeHeader(Bytes(whole).first(size))) << size;
+  }
+}
+
+TEST(PacketAssembler, TakesAMessageOfOnePacket) {
+  Assembler assembler;
+  EXPECT_EQ(Outcome::kComplete, assembler.feed(packet({.id = 3})));
+  EXPECT_EQ(0u, assembler.takeBody().size);
+  EXPECT_EQ(Outcome::kComplete, assembler.feed(packet({.id = 4, .total = 10}, pattern(10))));
+  EXPECT_EQ(4, assembler.header().id);
+  const Buffer body = assembler.takeBody();
+  EXPECT_EQ(pattern(10), std::vector<std::byte>(body.bytes().begin(), body.bytes().end()));
+}
+
+TEST(PacketAssembler, JoinsTheParts) {
+  const std::vector<std::byte> whole = pattern(25);
+  const Bytes bytes(whole);
+  Assembler assembler;
+  PacketHeader header{.reply = 9, .id = 3, .total = 25};
+  EXPECT_EQ(Outcome::kPartial, assembler.feed(packet(header, bytes.first(10))));
+  header.kind = Kind::kContinuation;
+  EXPECT_EQ(Outcome::kPartial, assembler.feed(packet(header, bytes.subspan(10, 14))));
+  EXPECT_EQ(Outcome::kComplete, assembler.feed(packet(header, bytes.subspan(24))));
+  EXPECT_EQ(9u, assembler.header().reply);
+  const Buffer body = assembler.takeBody();
+  EXPECT_EQ(whole, std::vector<std::byte>(body.bytes().begin(), body.bytes().end()));
+}
+
+TEST(PacketAssembler, AbandonsAnUnfinishedBodyForTheNextMessage) {
+  Assembler assembler;
+  EXPECT_EQ(Outcome::kPartial, assembler.feed(packet({.id = 1, .total = 100}, pattern(50))));
+  EXPECT_EQ(Outcome::kComplete, assembler.feed(packet({.id = 2, .total = 3}, pattern(3))));
+  EXPECT_EQ(2, assembler.header().id);
+  EXPECT_EQ(3u, assembler.takeBody().size);
+}
+
+TEST(PacketAssembler, RefusesAContinuationThatContinuesNothing) {
+  const auto rest = packet({.kind = Kind::kContinuation, .total = 10}, pattern(5));
+  Assembler fresh;
+  EXPECT_EQ(Outcome::kMalformed, fresh.feed(rest));
+  Assembler complete;
+  EXPECT_EQ(Outcome::kComplete, complete.feed(packet({.total = 10}, pattern(10))));
+  EXPECT_EQ(Outcome::kMalformed, complete.feed(rest));
+  Assembler inFile;
+  EXPECT_EQ(Outcome::kMemoryFile, inFile.feed(packet({.inMemoryFile = true, .total = 10})));
+  EXPECT_EQ(Outcome::kMalformed, inFile.feed(rest));
+}
+
+TEST(PacketAssembler, RefusesABodyThatDoesNotFitItsClaim) {
+  const PacketHeader ten{.total = 10};
+  const PacketHeader rest{.kind = Kind::kContinuation, .total = 10};
+  EXPECT_EQ(Outcome::kMalformed, Assembler().feed(packet(ten, pattern(11))));
+  EXPECT_EQ(Outcome::kMalformed, Assembler().feed(packet(ten)));
+  EXPECT_EQ(Outcome::kMalformed, Assembler().feed(packet({.total = 0}, pattern(1))));
+  Assembler partial;
+  EXPECT_EQ(Outcome::kPartial, partial.feed(packet(ten, pattern(5))));
+  EXPECT_EQ(Outcome::kMalformed, partial.feed(packet(rest, pattern(6))));
+  Assembler starved;
+  EXPECT_EQ(Outcome::kPartial, starved.feed(packet(ten, pattern(5))));
+  EXPECT_EQ(Outcome::kMalformed, starved.feed(packet(rest)));
+}
+
+TEST(PacketAssembler, ExpectsAFileWhereItIsAnnounced) {
+  Assembler assembler;
+  EXPECT_EQ(Outcome::kMemoryFile, assembler.feed(packet({.inMemoryFile = true, .total = 1 << 30})));
+  EXPECT_EQ(1u << 30, assembler.header().total);
+  EXPECT_EQ(Outcome::kMalformed,
+            Assembler().feed(packet({.inMemoryFile = true, .total = 10}, pattern(10))));
+}
+
+TEST(PacketAssembler, TakesAnAbandonmentOnlyOfSomething) {
+  Assembler assembler;
+  EXPECT_EQ(Outcome::kComplete,
+            assembler.feed(packet({.kind = Kind::kAbandoned, .destination = 7})));
+  EXPECT_EQ(7u, assembler.header().destination);
+  EXPECT_EQ(Outcome::kMalformed, assembler.feed(packet({.kind = Kind::kAbandoned})));
+  EXPECT_EQ(Outcome::kMalformed,
+            assembler.feed(packet({.kind = Kind::kAbandoned, .destination = 7, .total = 1})));
+}
+
+TEST(MessageBuffers, HaveNoMemoryWhenTheyAreEmpty) {
+  const auto empty = makeBuffer(0);
+  ASSERT_TRUE(empty);
+  EXPECT_EQ(nullptr, empty->memory);
+  EXPECT_EQ(0u, empty->bytes().size());
+  const auto full = makeBuffer(5);
+  ASSERT_TRUE(full);
+  EXPECT_NE(nullptr, full->memory);
+  EXPECT_EQ(5u, full->bytes().size());
+}
+
+}  // namespace
+}  // namespace tests
