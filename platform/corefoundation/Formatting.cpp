@@ -246,7 +246,10 @@ void writeConversion(Writer& writer, const FormatPiece& piece, const Argument& a
     default:
       break;
   }
-  if (argument.type == ArgumentType::kDouble || argument.type == ArgumentType::kLongDouble) {
+  if (argument.type == ArgumentType::kDouble) {
+    return writer.number(layout, "", piece.conversion, static_cast<double>(argument.real));
+  }
+  if (argument.type == ArgumentType::kLongDouble) {
     return writer.number(layout, "L", piece.conversion, argument.real);
   }
   writeInteger(writer, piece, argument, layout);
