@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <cstdio>
 
 #include "platform/host/Descriptor.h"
@@ -74,6 +75,9 @@ Result<std::vector<std::byte>> readFile(const std::string& path, std::size_t lim
   struct stat status {};
   if (::fstat(file.number(), &status) != 0) return lastError();
   if (!S_ISREG(status.st_mode)) return Error::kInvalid;
+  if (status.st_size > 0 && static_cast<std::uint64_t>(status.st_size) > limit) {
+    return Error::kTooLarge;
+  }
 
   std::vector<std::byte> contents;
   for (;;) {

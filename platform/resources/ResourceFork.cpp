@@ -68,7 +68,7 @@ OSErr readResourceFork(const std::string& path, ResourceFork& fork) try {
 std::string applicationResourcePath(const std::string& program) {
   const std::filesystem::path path(program);
   const auto contents = path.parent_path().parent_path();
-  if (contents.filename() != "Contents") return program;
+  if (contents.filename() != "Contents") return companionOf(program);
   return contents / "Resources" / (path.filename().string() + ".rsrc");
 }
 
