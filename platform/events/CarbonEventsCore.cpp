@@ -1,8 +1,6 @@
 // Licence: MIT, see LICENSE.
 #include <HIToolbox/CarbonEventsCore.h>
 
-#include <HIToolbox/AEInteraction.h>
-
 #include <new>
 
 #include "platform/events/EventLoop.h"
@@ -11,14 +9,13 @@
 namespace platform::events {
 namespace {
 
-/// Handles the events that wait at this moment. Those that come meanwhile wait until the run loop
-/// has had its turn; those that are here came before whatever the loop will serve next.
+/// Handles the events that wait: they came before whatever the run loop will serve next. A handler
+/// that has ever more of them come cannot keep the loop from its turn for longer than a full queue
+/// takes.
 void processWaiting(EventSource& source, const EventLoop& loop) {
-  for (std::size_t count = source.events().size(); count > 0 && !loop.isQuitting(); --count) {
-    const EventQueue::Entry* entry = source.events().oldest(highLevelEventMask);
-    if (entry == nullptr) return;  // a handler took some itself
-    const EventRecord record = entry->record;
-    AEProcessAppleEvent(&record);
+  for (std::size_t left = EventQueue::kCapacity; left > 0; --left) {
+    if (loop.isQuitting() || source.events().size() == 0) return;
+    source.processOldest();
   }
 }
 

@@ -72,6 +72,14 @@ std::optional<OwnedMessage> EventQueue::take(const EventRecord& record) {
   return message;
 }
 
+std::optional<OwnedMessage> EventQueue::takeOldest() {
+  loseAside();
+  if (entries.empty()) return std::nullopt;
+  OwnedMessage message = std::move(entries.front().message);
+  entries.pop_front();
+  return message;
+}
+
 void EventQueue::setAsideOldest() {
   aside.emplace(std::move(entries.front()));
   entries.pop_front();

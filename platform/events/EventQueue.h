@@ -62,9 +62,13 @@ class EventQueue final {
   /// that was set aside counts as the oldest of all.
   std::optional<OwnedMessage> take(const EventRecord& record);
 
-  /// Moves the oldest event out of the queue for the AEProcessAppleEvent that is to come; the one
-  /// that was set aside before is lost.
+  /// Takes the oldest event out, if there is one.
+  std::optional<OwnedMessage> takeOldest();
+
+  /// Moves the oldest event out of the queue for the AEProcessAppleEvent that is to come. Whenever
+  /// another event is to be handled first, the one that was set aside is lost.
   void setAsideOldest();
+  void loseAside() { aside.reset(); }
 
   static constexpr std::size_t kCapacity = 1024;
 

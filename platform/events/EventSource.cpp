@@ -64,17 +64,30 @@ void EventSource::drain() {
   }
 }
 
-OSStatus EventSource::process(const EventRecord& record) {
+/// Has the queue give something up, and listens again if it was full.
+template <typename Taking>
+auto EventSource::takeOut(Taking taking) {
   const bool wasFull = queue.isFull();
-  std::optional<OwnedMessage> message = queue.take(record);
+  auto taken = taking(queue);
   if (wasFull) listenWhileThereIsRoom();
+  return taken;
+}
+
+OSStatus EventSource::process(const EventRecord& record) {
+  auto message = takeOut([&](EventQueue& events) { return events.take(record); });
+  return message ? appleevents::processMessage(message->take()) : errAENotAppleEvent;
+}
+
+OSStatus EventSource::processOldest() {
+  auto message = takeOut([](EventQueue& events) { return events.takeOldest(); });
   return message ? appleevents::processMessage(message->take()) : errAENotAppleEvent;
 }
 
 void EventSource::setAsideOldest() {
-  const bool wasFull = queue.isFull();
-  queue.setAsideOldest();
-  if (wasFull) listenWhileThereIsRoom();
+  takeOut([](EventQueue& events) {
+    events.setAsideOldest();
+    return true;
+  });
 }
 
 }  // namespace platform::events

@@ -27,8 +27,9 @@ class EventSource final {
   /// Takes in what waits at the port, as far as the queue has room.
   void drain();
 
-  /// Hands the event that a record describes to its handler, and sends the reply.
+  /// Hands the event that a record describes, or the oldest, to its handler, and sends the reply.
   OSStatus process(const EventRecord& record);
+  OSStatus processOldest();
   /// Takes the oldest event out of the queue for the process() that is to come.
   void setAsideOldest();
 
@@ -37,6 +38,8 @@ class EventSource final {
   void attach();
   void receive(mach::Message message);
   void listenWhileThereIsRoom();
+  template <typename Taking>
+  auto takeOut(Taking taking);
   static void arrived(CFMachPortRef port, void* message, CFIndex size, void* info);
 
   EventQueue queue;

@@ -66,6 +66,7 @@ bool UserWait::idleEnds() {
   source.drain();
   while (const EventQueue::Entry* entry = source.events().firstAfter(lastOffered)) {
     lastOffered = entry->arrival;
+    source.events().loseAside();
     if (call(entry->record)) return true;
   }
   return call(nullEventAt(now()));

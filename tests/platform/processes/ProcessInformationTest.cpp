@@ -50,7 +50,7 @@ class ProcessInformation : public testing::Test {
     info.processInfoLength = sizeof info;
     info.processName = name.data();
     EXPECT_EQ(GetProcessInformation(&psn, &info), noErr);
-    EXPECT_EQ(info.processName, name.data());
+    EXPECT_EQ(+info.processName, name.data());
     EXPECT_EQ(name[32], 0xEE);
     return {reinterpret_cast<char*>(name.data()) + 1, name[0]};
   }
@@ -67,14 +67,14 @@ TEST_F(ProcessInformation, HasTheOriginalLayoutWherePointersHaveFourBytes) {
 TEST_F(ProcessInformation, TellsAboutAProgramWithoutAnApplication) {
   const auto child = startAt("bin/tool");
   const ProcessInfoRec info = informationOf(*child);
-  EXPECT_EQ(info.processInfoLength, sizeof info);
-  EXPECT_EQ(info.processNumber.highLongOfPSN, 0u);
-  EXPECT_EQ(info.processNumber.lowLongOfPSN, 3u);
-  EXPECT_EQ(info.processType, OSType{'APPL'});
-  EXPECT_EQ(info.processSignature, OSType{0x3F3F3F3F});
-  EXPECT_EQ(info.processMode, 0u);
-  EXPECT_EQ(info.processLocation, nullptr);
-  EXPECT_EQ(info.processAppSpec, nullptr);
+  EXPECT_EQ(+info.processInfoLength, sizeof info);
+  EXPECT_EQ(+info.processNumber.highLongOfPSN, 0u);
+  EXPECT_EQ(+info.processNumber.lowLongOfPSN, 3u);
+  EXPECT_EQ(+info.processType, OSType{'APPL'});
+  EXPECT_EQ(+info.processSignature, OSType{0x3F3F3F3F});
+  EXPECT_EQ(+info.processMode, 0u);
+  EXPECT_EQ(+info.processLocation, nullptr);
+  EXPECT_EQ(+info.processAppSpec, nullptr);
   EXPECT_EQ(nameOf(*child), "tool");
 }
 
@@ -83,16 +83,16 @@ TEST_F(ProcessInformation, TellsAnApplicationsTypeAndSignature) {
   std::ofstream(root.path() / "Camera Helper.app/Contents/PkgInfo") << "BNDLQrlC";
   const auto child = startAt("Camera Helper.app/Contents/MacOS/helper");
   const ProcessInfoRec info = informationOf(*child);
-  EXPECT_EQ(info.processType, OSType{'BNDL'});
-  EXPECT_EQ(info.processSignature, OSType{'QrlC'});
+  EXPECT_EQ(+info.processType, OSType{'BNDL'});
+  EXPECT_EQ(+info.processSignature, OSType{'QrlC'});
   EXPECT_EQ(nameOf(*child), "Camera Helper");
 }
 
 TEST_F(ProcessInformation, KnowsNoSignatureWithoutPackageInformation) {
   const auto child = startAt("Bare.app/Contents/MacOS/bare");
   const ProcessInfoRec info = informationOf(*child);
-  EXPECT_EQ(info.processType, OSType{'APPL'});
-  EXPECT_EQ(info.processSignature, OSType{0x3F3F3F3F});
+  EXPECT_EQ(+info.processType, OSType{'APPL'});
+  EXPECT_EQ(+info.processSignature, OSType{0x3F3F3F3F});
   EXPECT_EQ(nameOf(*child), "Bare");
 }
 
@@ -104,7 +104,7 @@ TEST_F(ProcessInformation, FollowsALinkToTheApplicationsProgram) {
   tests::ChildProcess child({root.path() / "link"});
   EXPECT_TRUE(child.writeLine("check in"));
   EXPECT_TRUE(child.readLine());
-  EXPECT_EQ(informationOf(child).processSignature, OSType{'QrlL'});
+  EXPECT_EQ(+informationOf(child).processSignature, OSType{'QrlL'});
   EXPECT_EQ(nameOf(child), "Linked");
 }
 
@@ -120,16 +120,16 @@ TEST_F(ProcessInformation, TellsWhenAProcessStartedAndWhoStartedIt) {
   const auto child = startAt("tool");
   const ProcessInfoRec info = informationOf(*child);
   const UInt32 after = platform::host::ticksAt(platform::host::monotonicNow());
-  EXPECT_LE(info.processLaunchDate - before, after - before);
-  EXPECT_EQ(info.processLauncher.highLongOfPSN, 0u);
-  EXPECT_EQ(info.processLauncher.lowLongOfPSN, own.lowLongOfPSN);
+  EXPECT_LE(+info.processLaunchDate - before, after - before);
+  EXPECT_EQ(+info.processLauncher.highLongOfPSN, 0u);
+  EXPECT_EQ(+info.processLauncher.lowLongOfPSN, own.lowLongOfPSN);
 }
 
 TEST_F(ProcessInformation, KnowsNoLauncherThatHasNotCheckedInBefore) {
   const auto child = startAt("tool");
   ProcessSerialNumber own;
   ASSERT_EQ(GetCurrentProcess(&own), noErr);
-  EXPECT_EQ(informationOf(*child).processLauncher.lowLongOfPSN, UInt32{kNoProcess});
+  EXPECT_EQ(+informationOf(*child).processLauncher.lowLongOfPSN, UInt32{kNoProcess});
 }
 
 TEST_F(ProcessInformation, WritesNoMoreThanTheLengthSays) {
@@ -140,8 +140,8 @@ TEST_F(ProcessInformation, WritesNoMoreThanTheLengthSays) {
   info->processName = nullptr;
   if (sizeof *info == 60) info->processAppSpec = nullptr;
   EXPECT_EQ(GetProcessInformation(&kSelf, info), noErr);
-  EXPECT_EQ(info->processInfoLength, 60u);
-  EXPECT_EQ(info->processType, OSType{'APPL'});
+  EXPECT_EQ(+info->processInfoLength, 60u);
+  EXPECT_EQ(+info->processType, OSType{'APPL'});
   for (std::size_t i = 60; i < memory.size(); ++i) EXPECT_EQ(memory[i], 0xEE) << i;
 }
 
@@ -149,7 +149,7 @@ TEST_F(ProcessInformation, RefusesARecordThatIsTooShort) {
   ProcessInfoRec info = {};
   info.processInfoLength = 59;
   EXPECT_EQ(GetProcessInformation(&kSelf, &info), paramErr);
-  EXPECT_EQ(info.processType, 0u);
+  EXPECT_EQ(+info.processType, 0u);
 }
 
 TEST_F(ProcessInformation, RefusesToDescribeTheFile) {
@@ -166,7 +166,7 @@ TEST_F(ProcessInformation, LeavesTheRecordAloneWhenThereIsNoSuchProcess) {
   info.processInfoLength = sizeof info;
   info.processAppSpec = nullptr;
   EXPECT_EQ(GetProcessInformation(&none, &info), procNotFound);
-  EXPECT_EQ(info.processType, 0xEEEEEEEEu);
+  EXPECT_EQ(+info.processType, 0xEEEEEEEEu);
 }
 
 TEST_F(ProcessInformation, GivesTheWholeNameAsAString) {
