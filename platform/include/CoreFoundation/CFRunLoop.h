@@ -73,8 +73,8 @@ typedef struct {
 
 /* A source that is a port. `getPort` names the receive right when the source joins a mode.
  * `perform` gets a message, good until it returns, and may return an answer in the same shape
- * (header, body, one descriptor), allocated from the allocator, for the loop to send to its
- * msgh_remote_port without waiting, and to free. */
+ * (header, body, one descriptor), allocated from the allocator and its data by malloc, for the loop
+ * to send to its msgh_remote_port without waiting, and to free. */
 typedef struct {
   CFIndex version; /* 1 */
   void* info;

@@ -138,6 +138,29 @@ TEST_F(MachPort, IsNotMadeForWhatIsNoReceiveRightOfOurs) {
   EXPECT_EQ(info.retained, info.released);
 }
 
+TEST_F(MachPort, WithoutMemoryIsNotMadeAndLeavesTheInfoAlone) {
+  CFMachPortContext context = contextOf(&info);
+  EXPECT_EQ(CFMachPortCreate(kCFAllocatorNull, ignoreMessage, &context, &shouldFreeInfo), nullptr);
+  EXPECT_TRUE(shouldFreeInfo);
+  const mach_port_t name = allocate();
+  shouldFreeInfo = false;
+  EXPECT_EQ(
+      CFMachPortCreateWithPort(kCFAllocatorNull, name, ignoreMessage, &context, &shouldFreeInfo),
+      nullptr);
+  EXPECT_TRUE(shouldFreeInfo);
+  EXPECT_TRUE(isReceiveRight(name));
+  EXPECT_EQ(info.retained, 0);
+  EXPECT_EQ(info.released, 0);
+  destroy(name);
+}
+
+TEST_F(MachPort, WithoutMemoryForASourceHasNone) {
+  const CFMachPortRef port = create();
+  EXPECT_EQ(CFMachPortCreateRunLoopSource(kCFAllocatorNull, port, 0), nullptr);
+  EXPECT_EQ(CFGetRetainCount(port), 1);
+  CFRelease(port);
+}
+
 TEST_F(MachPort, GivesItsContext) {
   const CFMachPortRef port = create();
   CFMachPortContext context{};

@@ -75,6 +75,14 @@ TEST_F(RunLoopSource, NeedsAContextOfAKnownVersionWithItsCallBacks) {
       nullptr);
 }
 
+TEST_F(RunLoopSource, IsNotMadeWithoutMemoryAndLeavesTheInfoAlone) {
+  Info info;
+  CFRunLoopSourceContext context = contextOf(&info);
+  EXPECT_EQ(CFRunLoopSourceCreate(kCFAllocatorNull, 0, &context), nullptr);
+  EXPECT_EQ(info.retained, 0);
+  EXPECT_EQ(info.released, 0);
+}
+
 TEST_F(RunLoopSource, TellsItsTypeOrderAndValidity) {
   Source source([] {}, -4);
   EXPECT_EQ(CFGetTypeID(source), CFRunLoopSourceGetTypeID());
