@@ -25,8 +25,8 @@ struct ResourceFork {
 OSErr readResourceFork(const std::string& path, ResourceFork& fork);
 
 /// The application's resource file of a program: that of its bundle
-/// (Name.app/Contents/PLATFORM/program has Name.app/Contents/Resources/program.rsrc), else the program's
-/// companion.
+/// (Name.app/Contents/PLATFORM/program has Name.app/Contents/Resources/program.rsrc), else the
+/// program's companion.
 std::string applicationResourcePath(const std::string& program);
 
 }  // namespace platform::resources

@@ -7,7 +7,9 @@
 #define EXTERN_API_BEGIN \
   extern "C" {           \
   _Pragma("GCC visibility push(default)")
-#define EXTERN_API_END _Pragma("GCC visibility pop") }
+#define EXTERN_API_END          \
+  _Pragma("GCC visibility pop") \
+  }
 #else
 #define EXTERN_API_BEGIN _Pragma("GCC visibility push(default)")
 #define EXTERN_API_END _Pragma("GCC visibility pop")

@@ -1,8 +1,8 @@
 /* Licence: MIT, see LICENSE. */
 /*
- * The basic types of the Macintosh interfaces. Integer types keep the width that their names promise
- * on every host: the 32-bit ones are `long` where that is 32 bits and `int` elsewhere, as the
- * original headers have it, so that a 32-bit build has the original signatures.
+ * The basic types of the Macintosh interfaces. Integer types keep the width that their names
+ * promise on every host: the 32-bit ones are `long` where that is 32 bits and `int` elsewhere, as
+ * the original headers have it, so that a 32-bit build has the original signatures.
  */
 #ifndef CARBONCORE_MACTYPES_H
 #define CARBONCORE_MACTYPES_H

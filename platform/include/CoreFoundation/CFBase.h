@@ -3,8 +3,8 @@
  * The base of Core Foundation: types, allocators and the functions that work on every object.
  *
  * Ownership: a reference got from a function with Create or Copy in its name is the caller's to
- * CFRelease; any other belongs to somebody else. Objects may be retained and released on any thread;
- * what else may be done on several threads at once is said with each type.
+ * CFRelease; any other belongs to somebody else. Objects may be retained and released on any
+ * thread; what else may be done on several threads at once is said with each type.
  */
 #ifndef COREFOUNDATION_CFBASE_H
 #define COREFOUNDATION_CFBASE_H
@@ -62,7 +62,7 @@ typedef CFIndex (*CFAllocatorPreferredSizeCallBack)(CFIndex size, CFOptionFlags 
 typedef struct {
   CFIndex version; /* 0 */
   void* info;
-  CFAllocatorRetainCallBack retain;   /* may be null, as every call-back but allocate */
+  CFAllocatorRetainCallBack retain; /* may be null, as every call-back but allocate */
   CFAllocatorReleaseCallBack release;
   CFAllocatorCopyDescriptionCallBack copyDescription;
   CFAllocatorAllocateCallBack allocate;

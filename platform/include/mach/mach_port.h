@@ -1,7 +1,7 @@
 /* Licence: MIT, see LICENSE. */
 /*
- * A task's port rights. All calls may be made from any thread. `task` is mach_task_self(); any other
- * is KERN_INVALID_TASK. A name that the task does not hold is KERN_INVALID_NAME.
+ * A task's port rights. All calls may be made from any thread. `task` is mach_task_self(); any
+ * other is KERN_INVALID_TASK. A name that the task does not hold is KERN_INVALID_NAME.
  */
 #ifndef MACH_MACH_PORT_H
 #define MACH_MACH_PORT_H

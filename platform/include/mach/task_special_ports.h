@@ -11,9 +11,10 @@
 EXTERN_API_BEGIN
 
 /*
- * Gives a port that the kernel keeps for a task. Only this process's own task and TASK_BOOTSTRAP_PORT
- * exist; any other task is KERN_INVALID_TASK, any other port KERN_INVALID_ARGUMENT. The bootstrap
- * port's name stays the same for the life of the process and is not the caller's to destroy.
+ * Gives a port that the kernel keeps for a task. Only this process's own task and
+ * TASK_BOOTSTRAP_PORT exist; any other task is KERN_INVALID_TASK, any other port
+ * KERN_INVALID_ARGUMENT. The bootstrap port's name stays the same for the life of the process and
+ * is not the caller's to destroy.
  */
 kern_return_t task_get_special_port(task_t task, int which, mach_port_t* port);
 

@@ -1,7 +1,7 @@
 // Licence: MIT, see LICENSE.
 // Uses the installed library: a server and its client in one process, without an event loop.
-#include <cstdio>
 #include <quorvant/quorvant.h>
+#include <cstdio>
 
 namespace {
 
