@@ -7,6 +7,7 @@
 #include <CoreFoundation/CFRunLoop.h>
 
 #include <atomic>
+#include <limits>
 
 #include "platform/corefoundation/CFRuntime.h"
 
@@ -38,7 +39,7 @@ class EventLoop final {
     int depth;
     OnQuit onQuit;
   };
-  static constexpr Pass kNoPass = {0, OnQuit::kIgnore};
+  static constexpr Pass kNoPass = {std::numeric_limits<int>::min(), OnQuit::kIgnore};
 
   EventLoop();
   void wake();
