@@ -14,6 +14,7 @@
 #include <string>
 #include <thread>
 
+#include "tests/support/ChildProcess.h"
 #include "tests/support/PrivateRoot.h"
 
 namespace {
@@ -134,6 +135,15 @@ TEST_F(Records, SeesTheDeathOfAKilledProcessAtOnce) {
   EXPECT_EQ(folder.read(5, 100).error(), Error::kNotFound);
   close(ready[0]);
   close(ready[1]);
+}
+
+TEST_F(Records, AreNotKeptAliveByAProgramThatTheWriterHasStarted) {
+  auto record = folder.publish(7, bytesOf("seven"));
+  tests::ChildOptions options;
+  options.runner = tests::Runner::kNone;
+  const tests::ChildProcess child({"/bin/cat"}, options);
+  record->reset();
+  EXPECT_EQ(folder.read(7, 100).error(), Error::kNotFound);
 }
 
 TEST_F(Records, ReadsNoMoreThanAskedFor) {
