@@ -9,6 +9,9 @@
 #include "tests/support/Command.h"
 
 namespace tests {
+
+const char kAgentPort[] = QRL_AGENT_PORT_NAME;
+
 namespace {
 
 Build buildIn(const char* name, const std::string& folder, Runner runner) {

@@ -16,7 +16,8 @@
 
 namespace tests {
 
-inline constexpr char kAgentPort[] = QRL_AGENT_PORT_NAME;
+/// The name of the agent's port.
+extern const char kAgentPort[];
 
 /// The programs of one build.
 struct Build {
