@@ -1,0 +1,76 @@
+// Licence: MIT, see LICENSE.
+#include "platform/host/Roots.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <optional>
+
+namespace tests {
+namespace {
+
+using platform::host::rootPath;
+using platform::host::systemNameSpacePath;
+using platform::host::userNameSpacePath;
+
+/// An environment variable with another value (null: none) for a while.
+class Variable final {
+ public:
+  Variable(const char* itsName, const char* value) : name(itsName) {
+    if (const char* old = std::getenv(name)) earlier = old;
+    set(value);
+  }
+  ~Variable() { set(earlier ? earlier->c_str() : nullptr); }
+  Variable(const Variable&) = delete;
+  Variable& operator=(const Variable&) = delete;
+
+ private:
+  void set(const char* value) const {
+    if (value == nullptr) {
+      unsetenv(name);
+    } else {
+      setenv(name, value, 1);
+    }
+  }
+
+  const char* name;
+  std::optional<std::string> earlier;
+};
+
+const std::string kUser = std::to_string(geteuid());
+
+TEST(Roots, MoveTheNameSpaces) {
+  const Variable root("QRL_ROOT", "/some/where");
+  const Variable runtime("XDG_RUNTIME_DIR", "/run/user/1");
+  EXPECT_EQ("/some/where", rootPath());
+  EXPECT_EQ("/some/where/run/user/" + kUser + "/quorvant", userNameSpacePath());
+  EXPECT_EQ("/some/where/run/quorvant", systemNameSpacePath());
+}
+
+TEST(Roots, AreReadAtEachCall) {
+  const Variable root("QRL_ROOT", "/first");
+  EXPECT_EQ("/first", rootPath());
+  const Variable other("QRL_ROOT", "/second//");
+  EXPECT_EQ("/second", rootPath());
+}
+
+TEST(Roots, AreTheHostsOwnWithoutTheVariable) {
+  const Variable runtime("XDG_RUNTIME_DIR", "/run/user/1");
+  for (const char* none : {static_cast<const char*>(nullptr), "", "/"}) {
+    const Variable root("QRL_ROOT", none);
+    EXPECT_EQ("", rootPath());
+    EXPECT_EQ("/run/user/1/quorvant", userNameSpacePath());
+    EXPECT_EQ("/run/quorvant", systemNameSpacePath());
+  }
+}
+
+TEST(Roots, FallBackToAPrivateFolder) {
+  const Variable root("QRL_ROOT", nullptr);
+  const Variable runtime("XDG_RUNTIME_DIR", nullptr);
+  const std::string expected = geteuid() == 0 ? "/run/quorvant" : "/tmp/quorvant-" + kUser;
+  EXPECT_EQ(expected, userNameSpacePath());
+}
+
+}  // namespace
+}  // namespace tests
