@@ -118,7 +118,8 @@ TEST_F(RunLoopSource, KeepsItsInfoUntilItsLastReferenceGoes) {
 }
 
 TEST_F(RunLoopSource, UsesTheInfoThatRetainAnswers) {
-  static int other = 0;
+  static int other;
+  other = 0;
   CFRunLoopSourceContext context{};
   context.retain = [](const void*) -> const void* { return &other; };
   context.perform = [](void* info) { ++*static_cast<int*>(info); };
