@@ -370,12 +370,10 @@ TEST_F(Sending, RefusesBadArguments) {
 
 TEST_F(Sending, NeedsAnAddressThatItKnows) {
   const Desc text = tests::makeText("somewhere");
-  for (const AEDesc* target : {text.get(), Desc().get()}) {
+  const Desc none;
+  for (const AEDesc* target : {text.get(), none.get()}) {
     Desc event;
-    ASSERT_EQ(
-        AECreateAppleEvent('test', 'case', target->descriptorType == typeChar ? target : nullptr, 1,
-                           0, &event),
-        noErr);
+    ASSERT_EQ(AECreateAppleEvent('test', 'case', target, 1, 0, &event), noErr);
     Desc reply;
     EXPECT_EQ(AESendMessage(&event, &reply, kAEWaitReply, 1), errAEUnknownAddressType);
     EXPECT_EQ(AESend(&event, &reply, kAEWaitReply, kAENormalPriority, 1, nullptr, nullptr),

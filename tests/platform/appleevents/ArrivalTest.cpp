@@ -53,7 +53,8 @@ TEST(Arrival, TakesTheDataOutOfTheMessage) {
   ASSERT_EQ(AEDecodeMessage(&message.header, &event, nullptr), noErr);
   EXPECT_EQ(message.data.address, nullptr);
   EXPECT_EQ(static_cast<const void*>((*&event).dataHandle->bytes().data()), data);
-  EXPECT_EQ(AEDecodeMessage(&message.header, &event, nullptr), errAECorruptData);
+  Desc again;
+  EXPECT_EQ(AEDecodeMessage(&message.header, &again, nullptr), errAECorruptData);
 }
 
 TEST(Arrival, RefusesBadArguments) {
