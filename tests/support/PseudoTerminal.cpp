@@ -10,6 +10,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <stdexcept>
 
@@ -78,13 +79,22 @@ bool PseudoTerminal::readMore(Clock::time_point end) {
 
 std::optional<std::string> PseudoTerminal::readUntil(const std::string& text,
                                                      std::chrono::milliseconds patience) {
+  return readUntilAll({text}, patience);
+}
+
+std::optional<std::string> PseudoTerminal::readUntilAll(const std::vector<std::string>& texts,
+                                                        std::chrono::milliseconds patience) {
   const auto end = Clock::now() + patience;
-  std::size_t start;
-  while ((start = shown.find(text)) == std::string::npos) {
-    if (!readMore(end)) return std::nullopt;
+  std::size_t length = 0;
+  for (const std::string& text : texts) {
+    std::size_t start;
+    while ((start = shown.find(text)) == std::string::npos) {
+      if (!readMore(end)) return std::nullopt;
+    }
+    length = std::max(length, start + text.size());
   }
-  std::string seen = shown.substr(0, start + text.size());
-  shown.erase(0, seen.size());
+  std::string seen = shown.substr(0, length);
+  shown.erase(0, length);
   return seen;
 }
 

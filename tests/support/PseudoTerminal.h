@@ -32,6 +32,9 @@ class PseudoTerminal final {
   /// included. Nothing when it did not come in time or the terminal was closed.
   std::optional<std::string> readUntil(const std::string& text,
                                        std::chrono::milliseconds patience = kPatience);
+  /// The same for several texts that come in any order.
+  std::optional<std::string> readUntilAll(const std::vector<std::string>& texts,
+                                          std::chrono::milliseconds patience = kPatience);
   /// Everything that was shown so far and not given out yet.
   const std::string& screen() const { return shown; }
 
