@@ -1,13 +1,13 @@
 // Licence: MIT, see LICENSE.
 #include "platform/host/Log.h"
 
-#include <syslog.h>
 #include <unistd.h>
 
 #include <mutex>
 #include <set>
 
 #include "platform/host/Retry.h"
+#include "platform/host/SystemLog.h"
 
 namespace platform::host {
 
@@ -18,7 +18,7 @@ void complainOnce(const std::string& line) {
     const std::lock_guard lock(guard);
     if (!said.insert(line).second) return;
   }
-  syslog(LOG_USER | LOG_ERR, "quorvant: %s", line.c_str());
+  log(LogLevel::kError, line);
   const std::string text = "quorvant: " + line + "\n";
   static_cast<void>(retry([&] { return write(STDERR_FILENO, text.data(), text.size()); }));
 }

@@ -198,8 +198,8 @@ Result<BoundSocket> NameDirectory::bind() const {
   bound.listener = makeSocket();
   if (!bound.listener) return lastError();
   sockaddr_un address{};
-  // A number may be taken by the file of a dead process that had our ID.
   int outcome = -1;
+  // A number may be taken by the file of a dead process that had our ID.
   do {
     bound.file = std::to_string(getpid()) + "." + std::to_string(++lastNumber);
     if (!makeAddress(addressIn(*sockets, kSockets, bound.file), address)) return Error::kTooLarge;
@@ -207,18 +207,24 @@ Result<BoundSocket> NameDirectory::bind() const {
                      sizeof address);
   } while (outcome == -1 && errno == EADDRINUSE);
   if (outcome == -1) return lastError();
+  if (const Status opened = startListening(bound, *sockets); !opened) {
+    unlinkat(sockets->number(), bound.file.c_str(), 0);
+    return opened.error();
+  }
+  return bound;
+}
 
+// Lets those connect who may, and only then listens.
+Status NameDirectory::startListening(BoundSocket& bound, const Descriptor& sockets) const {
   const mode_t mode = whoConnects == Audience::kEveryone ? 0666 : 0600;
   struct stat state {};
-  if (fchmodat(sockets->number(), bound.file.c_str(), mode, 0) == -1 ||
-      fstatat(sockets->number(), bound.file.c_str(), &state, AT_SYMLINK_NOFOLLOW) == -1 ||
+  if (fchmodat(sockets.number(), bound.file.c_str(), mode, 0) == -1 ||
+      fstatat(sockets.number(), bound.file.c_str(), &state, AT_SYMLINK_NOFOLLOW) == -1 ||
       listen(bound.listener.number(), SOMAXCONN) == -1) {
-    const Error error = lastError();
-    unlinkat(sockets->number(), bound.file.c_str(), 0);
-    return error;
+    return lastError();
   }
   bound.identity = identityOf(state);
-  return bound;
+  return success();
 }
 
 void NameDirectory::unbind(const BoundSocket& socket) const {

@@ -85,6 +85,7 @@ class NameDirectory final {
  private:
   NameDirectory(Descriptor opened, std::string openedPath, Audience whoMayConnect);
 
+  Status startListening(BoundSocket& bound, const Descriptor& sockets) const;
   std::string addressIn(const Descriptor& folder, const std::string& folderName,
                         const std::string& file) const;
   Result<NamedConnection> connectFile(const Descriptor& folder, const std::string& folderName,
