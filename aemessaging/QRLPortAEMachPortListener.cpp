@@ -76,13 +76,12 @@ QRLPortAEMachPortListener::Attempt::Attempt(QRLPortAEMachPortListener& owner,
                                             const char* wantedName,
                                             QRLAEDispatchCallback wantedCallback)
     : listener(owner), callback(wantedCallback) {
-  if (callback == nullptr || !isUsableName(wantedName)) {
+  if (callback == nullptr || !isUsableName(wantedName) ||
+      (hasName() && std::strcmp(listener.portName, wantedName) != 0)) {
     err = paramErr;
-  } else if (hasName() && std::strcmp(listener.portName, wantedName) != 0) {
-    err = paramErr;
-  } else {
-    std::strcpy(name, wantedName);
+    return;
   }
+  std::memcpy(name, wantedName, std::strlen(wantedName) + 1);
 }
 
 void QRLPortAEMachPortListener::Attempt::releaseInvalidObjects() {
@@ -213,8 +212,8 @@ void QRLPortAEMachPortListener::PortCallback(CFMachPortRef port, void* msg, CFIn
   SInt32 result = errAEEventNotHandled;
   if (callback != nullptr) result = callback(eventClass, eventID, &event, &reply, refcon);
 
-  // The callback may have destroyed this listener: nothing of it is touched from here on. Event and
-  // reply are left to whoever the callback gave them to, and are not disposed here.
+  // The callback may have destroyed this listener: nothing of it is touched from here on. It may
+  // also have kept the event and the reply, which is why neither is ever disposed here.
   if (!wantsReply) return;
   if (result != noErr &&
       AEPutParamPtr(&reply, keyErrorNumber, typeSInt32, &result, sizeof result) != noErr) {
@@ -265,8 +264,8 @@ SInt32 QRLPortAEMachPortListener::CheckPortRegistered(const char* name, unsigned
   unsigned int bootstrap = MACH_PORT_NULL;
   const SInt32 err = GetBootstrapPort(bootstrap);
   if (err != KERN_SUCCESS) return err;
-  name_t buffer = {};
-  std::memcpy(buffer, name, std::strlen(name));
+  name_t buffer;
+  std::memcpy(buffer, name, std::strlen(name) + 1);
   return bootstrap_look_up(bootstrap, buffer, &port);
 }
 

@@ -5,7 +5,7 @@ QRLProcessDestinationAddress::QRLProcessDestinationAddress() : psn{} {}
 
 QRLProcessDestinationAddress::QRLProcessDestinationAddress(
     const QRLProcessDestinationAddress& other)
-    : QRLAppleEventDestinationAddress(), psn(other.psn) {}
+    : QRLAppleEventDestinationAddress(other), psn(other.psn) {}
 
 QRLProcessDestinationAddress::~QRLProcessDestinationAddress() = default;
 
