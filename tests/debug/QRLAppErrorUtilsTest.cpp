@@ -15,6 +15,7 @@ using testing::ElementsAre;
 using tests::ReportSink;
 using tests::reportSink;
 
+// The record is packed, so that a + makes a value of a field before a reference is taken to it.
 class Reporter : public QRLAppErrorUtils {
  public:
   using QRLAppErrorUtils::sNotificationFlags;
@@ -51,10 +52,10 @@ TEST_F(AppErrorUtils, StartsWithPlaceholdersForTheNames) {
 TEST_F(AppErrorUtils, StartsWithoutLoggingAndWithoutNotice) {
   EXPECT_EQ(kAtStart.logs, 0u);
   EXPECT_EQ(Reporter::sNotificationFlags, 0u);
-  EXPECT_EQ(Reporter::sNotificationRecord.qType, 8);
-  EXPECT_EQ(Reporter::sNotificationRecord.nmMark, 0);
-  EXPECT_EQ(Reporter::sNotificationRecord.nmIcon, nullptr);
-  EXPECT_EQ(Reporter::sNotificationRecord.nmSound, nullptr);
+  EXPECT_EQ(+Reporter::sNotificationRecord.qType, 8);
+  EXPECT_EQ(+Reporter::sNotificationRecord.nmMark, 0);
+  EXPECT_EQ(+Reporter::sNotificationRecord.nmIcon, nullptr);
+  EXPECT_EQ(+Reporter::sNotificationRecord.nmSound, nullptr);
 }
 
 TEST_F(AppErrorUtils, KeepsThePathItselfAndPointsToItsLastComponent) {
@@ -150,15 +151,15 @@ TEST_F(AppErrorUtils, ReportsAndThenPostsTheMessageAsItIs) {
   EXPECT_THAT(
       reportSink().events,
       ElementsAre("log 1028: K Assert Failed: f line 3 : \013It is over.\n", "debugger", "notice"));
-  EXPECT_EQ(Reporter::sNotificationRecord.nmStr, kNotice);
+  EXPECT_EQ(+Reporter::sNotificationRecord.nmStr, kNotice);
 }
 
 TEST_F(AppErrorUtils, PostsANoticeWithTextAndResponse) {
   EXPECT_EQ(Reporter::userNotify(kNotice), 0);
   EXPECT_THAT(reportSink().notices, ElementsAre(&Reporter::sNotificationRecord));
-  EXPECT_EQ(Reporter::sNotificationRecord.qType, nmType);
-  EXPECT_EQ(Reporter::sNotificationRecord.nmStr, kNotice);
-  EXPECT_EQ(Reporter::sNotificationRecord.nmResp, NewNMUPP(Reporter::notifyNMCompletion));
+  EXPECT_EQ(+Reporter::sNotificationRecord.qType, nmType);
+  EXPECT_EQ(+Reporter::sNotificationRecord.nmStr, kNotice);
+  EXPECT_EQ(+Reporter::sNotificationRecord.nmResp, NewNMUPP(Reporter::notifyNMCompletion));
   EXPECT_EQ(Reporter::sNotificationFlags, 1u);
 }
 
@@ -167,7 +168,7 @@ TEST_F(AppErrorUtils, ShowsNothingWhileANoticeStands) {
   EXPECT_EQ(Reporter::userNotify(kNotice), 0);
   EXPECT_EQ(Reporter::userNotify(other), 0);
   EXPECT_EQ(reportSink().notices.size(), 1u);
-  EXPECT_EQ(Reporter::sNotificationRecord.nmStr, kNotice);
+  EXPECT_EQ(+Reporter::sNotificationRecord.nmStr, kNotice);
 }
 
 TEST_F(AppErrorUtils, PostsTheNextNoticeOnceTheFirstIsDismissed) {
@@ -176,7 +177,7 @@ TEST_F(AppErrorUtils, PostsTheNextNoticeOnceTheFirstIsDismissed) {
   Reporter::notifyNMCompletion(&Reporter::sNotificationRecord);
   EXPECT_EQ(Reporter::userNotify(other), 0);
   EXPECT_EQ(reportSink().notices.size(), 2u);
-  EXPECT_EQ(Reporter::sNotificationRecord.nmStr, other);
+  EXPECT_EQ(+Reporter::sNotificationRecord.nmStr, other);
 }
 
 TEST_F(AppErrorUtils, IgnoresTheResultOfPosting) {
