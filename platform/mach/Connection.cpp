@@ -91,6 +91,33 @@ bool awaitTurn(Lock& lock, Connection& connection, Deadline deadline) {
   return !connection.sending || connection.isDead();
 }
 
+kern_return_t transmitOne(Lock& lock, const std::shared_ptr<Connection>& connection,
+                          const PacketHeader& header, Bytes body, Deadline deadline) {
+  if (!awaitTurn(lock, *connection, deadline)) return MACH_SEND_TIMED_OUT;
+  if (connection->isDead()) return MACH_SEND_INVALID_DEST;
+  connection->sending = true;
+  const Socket socket = connection->socket;
+  lock.unlock();
+  const kern_return_t result = Outgoing{connection, socket, header, deadline}.send(body);
+  lock.lock();
+  connection->sending = false;
+  if (connection->sendersWaiting > 0) connection->sendable.notify_one();
+  return result;
+}
+
+// What finds no room waits for the next message to go out.
+void flushAbandoned(Lock& lock, const std::shared_ptr<Connection>& connection) {
+  while (!connection->sending && !connection->abandoned.empty()) {
+    const Token token = connection->abandoned.back();
+    connection->abandoned.pop_back();
+    const PacketHeader notice{.kind = PacketHeader::Kind::kAbandoned, .destination = token};
+    const kern_return_t result = transmitOne(lock, connection, notice, {}, Deadline::immediate());
+    if (result == KERN_SUCCESS || connection->isDead()) continue;
+    connection->abandoned.push_back(token);
+    return;
+  }
+}
+
 std::span<std::byte> packetBuffer() {
   static thread_local const std::unique_ptr<std::byte[]> buffer(
       new std::byte[kPacketHeaderSize + kPacketBodyLimit]);
@@ -187,17 +214,15 @@ Connection::Connection(host::Descriptor descriptor)
 }
 
 kern_return_t transmit(Lock& lock, const std::shared_ptr<Connection>& connection,
-                       PacketHeader header, Bytes body, Deadline deadline) {
-  if (!awaitTurn(lock, *connection, deadline)) return MACH_SEND_TIMED_OUT;
-  if (connection->isDead()) return MACH_SEND_INVALID_DEST;
-  connection->sending = true;
-  const Socket socket = connection->socket;
-  lock.unlock();
-  const kern_return_t result = Outgoing{connection, socket, header, deadline}.send(body);
-  lock.lock();
-  connection->sending = false;
-  if (connection->sendersWaiting > 0) connection->sendable.notify_one();
+                       const PacketHeader& header, Bytes body, Deadline deadline) {
+  const kern_return_t result = transmitOne(lock, connection, header, body, deadline);
+  flushAbandoned(lock, connection);
   return result;
+}
+
+void abandonRequest(Lock& lock, const std::shared_ptr<Connection>& connection, Token token) {
+  if (!connection->isDead()) connection->abandoned.push_back(token);
+  flushAbandoned(lock, connection);
 }
 
 bool serve(const std::shared_ptr<Connection>& connection, const Socket& socket) {
@@ -228,6 +253,7 @@ void hangUp(std::shared_ptr<Connection> connection) {
     std::erase(port->accepted, connection);
   }
   connection->sendable.notify_all();
+  connection->abandoned.clear();
   for (const auto& [token, weak] : std::exchange(connection->awaited, {})) {
     const std::shared_ptr<Port> port = weak.lock();
     if (!port || !forgetAnswer(*port, token)) continue;

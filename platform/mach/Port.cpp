@@ -160,9 +160,7 @@ void giveUp(Lock& lock, ReplyRight right) {
     return;
   }
   if (!right.connection) return;
-  // Somebody who cannot even take this notice now has no thread waiting that it could wake.
-  const PacketHeader notice{.kind = PacketHeader::Kind::kAbandoned, .destination = right.token};
-  static_cast<void>(transmit(lock, right.connection, notice, {}, Deadline::immediate()));
+  abandonRequest(lock, right.connection, right.token);
   --right.connection->replyRights;
   dropIfUnused(right.connection);
 }

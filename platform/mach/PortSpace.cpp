@@ -7,6 +7,7 @@
 #include <limits>
 
 #include "platform/host/Poll.h"
+#include "platform/mach/Guard.h"
 #include "platform/mach/Space.h"
 #include "platform/mach/Wait.h"
 #include "platform/mach/WaitSet.h"
@@ -101,6 +102,19 @@ kern_return_t spend(Lock& lock, mach_port_name_t name, const Sending& message) {
   return result;
 }
 
+kern_return_t sendTo(mach_port_name_t destination, mach_port_name_t replyPort, Sending message) {
+  Lock lock(space().mutex);
+  if (replyPort != MACH_PORT_NULL) {
+    message.replyPort = findPort(replyPort);
+    if (!message.replyPort) return MACH_SEND_INVALID_REPLY;
+  }
+  const Entry* entry = space().names.find(destination);
+  if (entry == nullptr) return MACH_SEND_INVALID_DEST;
+  if (entry->reply) return spend(lock, destination, message);
+  if (const std::shared_ptr<Port> port = entry->port) return message.toPort(lock, *port, 0);
+  return message.toConnection(lock, std::shared_ptr<Connection>(entry->connection), 0);
+}
+
 // Receiving
 
 /// The calling thread's place among those that wait; none when descriptors are exhausted.
@@ -193,25 +207,7 @@ kern_return_t receiveFrom(Lock& lock, const std::shared_ptr<Port>& port, Waiter&
   }
 }
 
-}  // namespace
-
-kern_return_t send(mach_port_name_t destination, mach_port_name_t replyPort, mach_msg_id_t id,
-                   Bytes body, Deadline deadline) {
-  if (body.size() > kBodyLimit) return MACH_SEND_TOO_LARGE;
-  Lock lock(space().mutex);
-  Sending message{nullptr, id, body, deadline};
-  if (replyPort != MACH_PORT_NULL) {
-    message.replyPort = findPort(replyPort);
-    if (!message.replyPort) return MACH_SEND_INVALID_REPLY;
-  }
-  const Entry* entry = space().names.find(destination);
-  if (entry == nullptr) return MACH_SEND_INVALID_DEST;
-  if (entry->reply) return spend(lock, destination, message);
-  if (const std::shared_ptr<Port> port = entry->port) return message.toPort(lock, *port, 0);
-  return message.toConnection(lock, std::shared_ptr<Connection>(entry->connection), 0);
-}
-
-kern_return_t receive(mach_port_name_t port, Message& message, Deadline deadline) {
+kern_return_t receiveAt(mach_port_name_t port, Message& message, Deadline deadline) {
   Lock lock(space().mutex);
   const std::shared_ptr<Port> receiver = findPort(port);
   if (!receiver) return MACH_RCV_INVALID_NAME;
@@ -220,6 +216,20 @@ kern_return_t receive(mach_port_name_t port, Message& message, Deadline deadline
   const kern_return_t result = receiveFrom(lock, receiver, *waiter, message, deadline);
   endLead(*waiter);
   return result;
+}
+
+}  // namespace
+
+kern_return_t send(mach_port_name_t destination, mach_port_name_t replyPort, mach_msg_id_t id,
+                   Bytes body, Deadline deadline) {
+  if (body.size() > kBodyLimit) return MACH_SEND_TOO_LARGE;
+  return guarded(MACH_SEND_NO_BUFFER, [&] {
+    return sendTo(destination, replyPort, {nullptr, id, body, deadline});
+  });
+}
+
+kern_return_t receive(mach_port_name_t port, Message& message, Deadline deadline) {
+  return guarded(KERN_RESOURCE_SHORTAGE, [&] { return receiveAt(port, message, deadline); });
 }
 
 void abandonReplies(mach_port_name_t replyPort) {

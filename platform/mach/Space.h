@@ -100,6 +100,7 @@ struct Connection final : Source {
   bool sending = false;
   unsigned sendersWaiting = 0;
   std::condition_variable sendable;
+  std::vector<Token> abandoned;  // requests given up whose senders are still to be told
 
   // Reading, one thread at a time.
   Waiter* leader = nullptr;
@@ -191,7 +192,10 @@ using Socket = std::shared_ptr<const host::Descriptor>;
 /// Sends one message, waiting for its turn and for room until the deadline. Releases the lock
 /// meanwhile.
 kern_return_t transmit(Lock& lock, const std::shared_ptr<Connection>& connection,
-                       PacketHeader header, Bytes body, Deadline deadline);
+                       const PacketHeader& header, Bytes body, Deadline deadline);
+/// Tells the other end that a request of its will not be answered: now, or when there is room.
+/// Releases the lock meanwhile.
+void abandonRequest(Lock& lock, const std::shared_ptr<Connection>& connection, Token token);
 /// Reads and delivers at most one message. To be called without the lock. False once there is
 /// nothing to read now.
 bool serve(const std::shared_ptr<Connection>& connection, const Socket& socket);

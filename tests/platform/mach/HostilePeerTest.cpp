@@ -144,6 +144,30 @@ TEST_F(HostilePeer, AnswersToNobodyAreDropped) {
   EXPECT_EQ(2, message.id);
 }
 
+TEST_F(HostilePeer, IsToldOfAnAbandonedRequestOnceItHasRoom) {
+  ASSERT_NO_FATAL_FAILURE(put(connection, {.reply = 21, .id = 1}));
+  ASSERT_NO_FATAL_FAILURE(put(connection, {.reply = 22, .id = 1}));
+  ASSERT_NO_FATAL_FAILURE(put(connection, {.reply = 23, .id = 1}));
+  Message full;
+  Message abandoned;
+  Message later;
+  for (Message* message : {&full, &abandoned, &later}) {
+    ASSERT_EQ(KERN_SUCCESS, receive(port, *message, soon()));
+  }
+  ASSERT_EQ(MACH_SEND_TIMED_OUT,
+            send(full.reply, MACH_PORT_NULL, 1, pattern(4 << 20), Deadline::immediate()));
+  ASSERT_EQ(KERN_SUCCESS, mach_port_deallocate(mach_task_self(), abandoned.reply));
+  std::vector<std::byte> buffer(1 << 20);
+  while (host::receivePacket(connection, buffer)) {
+  }
+  ASSERT_EQ(KERN_SUCCESS, send(later.reply, MACH_PORT_NULL, 1, {}, soon()));
+  ASSERT_TRUE(host::receivePacket(connection, buffer));
+  ASSERT_TRUE(host::receivePacket(connection, buffer));
+  const auto notice = platform::mach::decodeHeader(buffer);
+  EXPECT_EQ(Kind::kAbandoned, notice->kind);
+  EXPECT_EQ(22u, notice->destination);
+}
+
 /// Descriptors that come along, where they must not or are not what they should be.
 class HostileDescriptors : public HostilePeer {
  protected:
