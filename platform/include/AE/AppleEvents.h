@@ -99,7 +99,8 @@ OSErr AEGetEventHandler(AEEventClass eventClass, AEEventID eventID, AEEventHandl
  * waiting together take no longer than the time-out: errAETimeout, and a reply that comes later is
  * dropped. With an idle procedure the wait can be ended: errAEWaitCanceled. An event to {0,
  * kCurrentProcess} is handled before the call returns. A reply with keyErrorNumber is a success of
- * this call.
+ * this call. Sending writes the mode, the time-out and the sender into the event's attributes; the
+ * event may be sent again, but not by two threads at once.
  *
  * procNotFound when there is no such process; connectionInvalid when it or the port is gone, or
  * goes before it has answered; errAEUnknownAddressType for another address or none;

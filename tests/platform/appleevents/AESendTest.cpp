@@ -244,6 +244,20 @@ TEST_F(Sending, DoesNotWaitForAReplyWithATimeOutOfZero) {
   EXPECT_TRUE(reply.isNull());
 }
 
+TEST_F(Sending, TimesOutWhenTheServersQueueStaysFull) {
+  Desc event = makeRequest();
+  const std::string text(100'000, 'x');
+  ASSERT_EQ(AEPutParamPtr(&event, keyDirectObject, typeChar, text.data(), 100'000), noErr);
+  OSStatus status = noErr;
+  for (int i = 0; i < 10'000 && status == noErr; ++i) {
+    status = AESendMessage(&event, nullptr, kAENoReply, 1);
+  }
+  EXPECT_EQ(status, errAETimeout);
+  Request request;
+  EXPECT_EQ(takeRequest(server.name(), request, Deadline::after(kPatience)), noErr);
+  EXPECT_EQ(AESendMessage(&event, nullptr, kAENoReply, kPatienceInTicks), noErr);
+}
+
 TEST_F(Sending, DropsTheReplyToAnotherRequest) {
   OwnPort replyPort;
   Desc other = makeRequest();
