@@ -80,8 +80,14 @@ Listener::Listener(std::shared_ptr<host::NameDirectory> nameSpace, host::BoundSo
       directory(std::move(nameSpace)),
       file(std::move(bound)) {}
 
+Waiter& ownWaiter() {
+  static thread_local Waiter own;
+  return own;
+}
+
+// A thread that delivers to the port that it waits for itself is awake enough.
 void Waiter::wake() {
-  if (!asleep || raised) return;
+  if (!asleep || raised || this == &ownWaiter()) return;
   raised = true;
   event->raise();
 }

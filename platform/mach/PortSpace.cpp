@@ -119,7 +119,7 @@ kern_return_t sendTo(mach_port_name_t destination, mach_port_name_t replyPort, S
 
 /// The calling thread's place among those that wait; none when descriptors are exhausted.
 Waiter* thisWaiter() {
-  static thread_local Waiter waiter;
+  Waiter& waiter = ownWaiter();
   if (!waiter.event) {
     host::Result<host::WakeEvent> event = host::WakeEvent::make();
     if (!event) return nullptr;

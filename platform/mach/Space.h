@@ -49,6 +49,7 @@ struct Waiter {
   bool raised = false;
   void wake();
 };
+Waiter& ownWaiter();  // the calling thread's
 
 /// Something that a set can watch. The socket is shared with whoever uses it at the moment, so that
 /// its number stays taken until they are done.
