@@ -5,6 +5,7 @@
 #include <functional>
 
 #include "platform/corefoundation/CFRuntime.h"
+#include "platform/corefoundation/Order.h"
 #include "platform/host/Clock.h"
 
 namespace platform::corefoundation {
@@ -67,8 +68,5 @@ CFTimeInterval CFDateGetTimeIntervalSinceDate(CFDateRef date, CFDateRef other) {
 }
 
 CFComparisonResult CFDateCompare(CFDateRef a, CFDateRef b, void*) {
-  const CFAbsoluteTime first = CFDateGetAbsoluteTime(a);
-  const CFAbsoluteTime second = CFDateGetAbsoluteTime(b);
-  if (first < second) return kCFCompareLessThan;
-  return first > second ? kCFCompareGreaterThan : kCFCompareEqualTo;
+  return order(CFDateGetAbsoluteTime(a), CFDateGetAbsoluteTime(b));
 }

@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <limits>
 
 #include "platform/corefoundation/StringObject.h"
 
@@ -56,8 +55,7 @@ String::String(Width width, CFIndex length) {
 }
 
 String* String::withSpace(CFAllocatorRef allocator, Width width, CFIndex length) {
-  constexpr CFIndex kMaximumLength = std::numeric_limits<CFIndex>::max() / 4;
-  if (length > kMaximumLength) return nullptr;
+  if (!isPossibleLength(length)) return nullptr;
   const std::size_t unit = width == Width::kNarrow ? 1 : sizeof(UniChar);
   return createWithSpace<String>(allocator, unit * static_cast<std::size_t>(length), width, length);
 }
@@ -144,14 +142,14 @@ CFStringRef CFStringCreateWithPascalString(CFAllocatorRef allocator, ConstStr255
 
 CFStringRef CFStringCreateWithCharacters(CFAllocatorRef allocator, const UniChar* characters,
                                          CFIndex count) {
-  if (count < 0 || (characters == nullptr && count > 0)) return nullptr;
+  if (!String::isPossibleLength(count) || (characters == nullptr && count > 0)) return nullptr;
   return referenceTo<CFStringRef>(
       String::ofUnits(allocator, {characters, static_cast<std::size_t>(count)}));
 }
 
 CFStringRef CFStringCreateWithBytes(CFAllocatorRef allocator, const UInt8* bytes, CFIndex count,
                                     CFStringEncoding encoding, Boolean isExternalRepresentation) {
-  if (count < 0 || (bytes == nullptr && count > 0)) return nullptr;
+  if (!String::isPossibleLength(count) || (bytes == nullptr && count > 0)) return nullptr;
   Bytes text(bytes, static_cast<std::size_t>(count));
   if (isExternalRepresentation) encoding = takeByteOrderMark(text, encoding);
   return referenceTo<CFStringRef>(String::decoding(allocator, text, encoding));

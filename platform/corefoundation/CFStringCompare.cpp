@@ -3,17 +3,12 @@
 #include <CoreFoundation/CFString.h>
 
 #include "platform/corefoundation/CaseFolding.h"
+#include "platform/corefoundation/Order.h"
 #include "platform/corefoundation/StringObject.h"
 
 namespace platform::corefoundation {
 
 namespace {
-
-template <typename Value>
-CFComparisonResult order(Value a, Value b) {
-  if (a == b) return kCFCompareEqualTo;
-  return a < b ? kCFCompareLessThan : kCFCompareGreaterThan;
-}
 
 // A position in a text, and what is read there.
 struct Cursor {

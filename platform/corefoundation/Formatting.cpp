@@ -163,22 +163,28 @@ UInt64 narrowedUnsigned(const Argument& argument, const std::string& modifier) {
   }
 }
 
+// The C library's letter for an integer conversion.
+char standardLetter(char conversion) {
+  switch (conversion) {
+    case 'i':
+    case 'D':
+      return 'd';
+    case 'U':
+      return 'u';
+    case 'O':
+      return 'o';
+    default:
+      return conversion;
+  }
+}
+
 void writeInteger(Writer& writer, const FormatPiece& piece, const Argument& argument,
                   const Layout& layout) {
-  switch (piece.conversion) {
-    case 'd':
-    case 'D':
-    case 'i':
-      writer.number(layout, "ll", 'd', narrowed(argument.integer, piece.lengthModifier));
-      break;
-    case 'U':
-    case 'O':
-      writer.number(layout, "ll", piece.conversion == 'U' ? 'u' : 'o',
-                    narrowedUnsigned(argument, piece.lengthModifier));
-      break;
-    default:
-      writer.number(layout, "ll", piece.conversion,
-                    narrowedUnsigned(argument, piece.lengthModifier));
+  const char letter = standardLetter(piece.conversion);
+  if (letter == 'd') {
+    writer.number(layout, "ll", letter, narrowed(argument.integer, piece.lengthModifier));
+  } else {
+    writer.number(layout, "ll", letter, narrowedUnsigned(argument, piece.lengthModifier));
   }
 }
 

@@ -8,6 +8,8 @@
 #include <cstring>
 #include <limits>
 
+#include "platform/corefoundation/Order.h"
+
 namespace platform::corefoundation {
 
 namespace {
@@ -70,12 +72,6 @@ T loadAs(const void* from) {
 template <typename T>
 void storeAs(void* to, T value) {
   std::memcpy(to, &value, sizeof value);
-}
-
-template <typename T>
-CFComparisonResult order(T a, T b) {
-  if (a == b) return kCFCompareEqualTo;
-  return a < b ? kCFCompareLessThan : kCFCompareGreaterThan;
 }
 
 CFComparisonResult reversed(CFComparisonResult result) {

@@ -6,6 +6,8 @@
 
 #include <CoreFoundation/CFString.h>
 
+#include <limits>
+
 #include "platform/corefoundation/CFRuntime.h"
 #include "platform/corefoundation/GrowingBuffer.h"
 #include "platform/corefoundation/StringEncodings.h"
@@ -33,6 +35,10 @@ class String : public Object {
   static CFTypeID type() {
     static const CFTypeID id = registerType("CFString");
     return id;
+  }
+  /// Whether text can have so many bytes or units at all, before any of them is looked at.
+  static bool isPossibleLength(CFIndex length) {
+    return length >= 0 && length <= std::numeric_limits<CFIndex>::max() / 4;
   }
   /// Text of MacRoman.
   static String* ofBytes(CFAllocatorRef allocator, Bytes text);
