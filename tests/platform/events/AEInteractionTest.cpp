@@ -7,6 +7,7 @@
 #include <HIServices/Processes.h>
 
 #include <optional>
+#include <ostream>
 
 #include "tests/platform/events/EventFixture.h"
 #include "tests/support/ChildProcess.h"
@@ -101,6 +102,10 @@ struct LevelCase {
   AEInteractAllowed level;
   AESendMode mode;
   OSErr direct, local;
+
+  friend void PrintTo(const LevelCase& each, std::ostream* out) {
+    *out << "level " << int{each.level} << ", mode " << each.mode;
+  }
 };
 
 class InteractionLevel : public Interaction, public testing::WithParamInterface<LevelCase> {};

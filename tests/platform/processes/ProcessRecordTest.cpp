@@ -61,6 +61,8 @@ struct Damage {
   const char* what;
   std::size_t offset;
   unsigned char value;
+
+  friend void PrintTo(const Damage& damage, std::ostream* out) { *out << damage.what; }
 };
 
 class DamagedRecord : public testing::TestWithParam<Damage> {};
@@ -107,6 +109,8 @@ struct ProgramCase {
   const char* path;
   const char* application;  // null: none
   const char* name;
+
+  friend void PrintTo(const ProgramCase& each, std::ostream* out) { *out << each.path; }
 };
 
 class Program : public testing::TestWithParam<ProgramCase> {};
