@@ -171,7 +171,8 @@ TEST_F(PortListenerMessages, AreAnsweredWithoutErrorForAZeroResult) {
 }
 
 TEST_F(PortListenerMessages, AreAnsweredWithTheCallbacksResult) {
-  for (SInt32 result : {-1, 1, -1708, SInt32(0xE00002BE), 0x12345678}) {
+  for (SInt32 result :
+       std::initializer_list<SInt32>{-1, 1, -1708, SInt32(0xE00002BE), 0x12345678}) {
     behaviour = [result](AEDesc*) { return result; };
     ask();
     serve();
