@@ -11,7 +11,6 @@ namespace {
 constexpr std::size_t kDataStart = 256;  // the header, and space that belongs to other managers
 constexpr std::size_t kMapHeaderSize = 28;
 constexpr std::size_t kTypeSize = 8;
-constexpr std::size_t kReferenceSize = 12;
 constexpr std::size_t kLargestOffset16 = 0xFFFF;
 constexpr std::size_t kLargestOffset24 = 0xFFFFFF;
 constexpr std::size_t kLongestName = 255;

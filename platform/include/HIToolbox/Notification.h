@@ -43,9 +43,10 @@ EXTERN_API_BEGIN
 OSErr NMInstall(NMRecPtr record);
 
 /*
- * Takes a record out, and its notice down if that is not over; its response is not called any more.
- * nmTypErr when qType is not nmType, qErr when it is not installed. May be called on any thread,
- * and by responses.
+ * Takes a record out, and its notice down if that is not over. Its response is not called any more,
+ * but for one that the main loop is just about to call when this is another thread. nmTypErr when
+ * qType is not nmType, qErr when it is not installed. May be called on any thread, and by
+ * responses.
  */
 OSErr NMRemove(NMRecPtr record);
 
