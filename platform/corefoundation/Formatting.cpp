@@ -129,13 +129,12 @@ class Writer {
 
   template <typename Value>
   void number(const Layout& layout, const char* modifier, char conversion, Value value) {
-    const std::string specification = "%" + layout.flags + "*.*" + modifier + conversion;
+    const std::string pattern = "%" + layout.flags + "*.*" + modifier + conversion;
     const int length =
-        std::snprintf(nullptr, 0, specification.c_str(), layout.width, layout.precision, value);
+        std::snprintf(nullptr, 0, pattern.c_str(), layout.width, layout.precision, value);
     if (length < 0) throw std::bad_alloc();
     std::string text(static_cast<std::size_t>(length) + 1, '\0');
-    std::snprintf(text.data(), text.size(), specification.c_str(), layout.width, layout.precision,
-                  value);
+    std::snprintf(text.data(), text.size(), pattern.c_str(), layout.width, layout.precision, value);
     output.insert(output.end(), text.begin(), text.end() - 1);
   }
 
