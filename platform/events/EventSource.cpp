@@ -21,7 +21,7 @@ EventSource& EventSource::prepared() {
 
 void EventSource::attach() {
   const mach_port_name_t name = processes::privatePort();
-  if (port && CFMachPortGetPort(port.get()) == name) return;
+  if (port && CFMachPortIsValid(port.get()) && CFMachPortGetPort(port.get()) == name) return;
   CFMachPortContext context = {0, this, nullptr, nullptr, nullptr};
   port = corefoundation::Held<CFMachPortRef>(
       CFMachPortCreateWithPort(nullptr, name, &EventSource::arrived, &context, nullptr));

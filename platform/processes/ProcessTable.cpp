@@ -13,6 +13,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "platform/host/FileContents.h"
 #include "platform/host/NameDirectory.h"
@@ -32,19 +33,34 @@ namespace {
 constexpr char kFolder[] = "processes";
 constexpr std::size_t kMaximumPackageInfo = 4096;
 
+/// A receive right, destroyed with its owner.
+class PrivatePort final {
+ public:
+  PrivatePort() { mach_port_allocate(mach_task_self(), MACH_PORT_RIGHT_RECEIVE, &right); }
+  PrivatePort(PrivatePort&& other) noexcept : right(std::exchange(other.right, MACH_PORT_NULL)) {}
+  PrivatePort& operator=(PrivatePort&&) = delete;
+  ~PrivatePort() {
+    if (right != MACH_PORT_NULL) mach_port_destroy(mach_task_self(), right);
+  }
+  mach_port_name_t name() const { return right; }
+
+ private:
+  mach_port_name_t right = MACH_PORT_NULL;
+};
+
 /// This process in one name space.
 struct Membership {
-  std::string nameSpace;
+  std::string path;
+  mach::Directory nameSpace;
   ProcessRecords records;
   host::Descriptor record;  // open, and so locked
+  PrivatePort port;
   Serial serial;
 };
 
-/// What the process keeps for good. A private port outlives a change of the name space.
 struct Table {
   std::mutex mutex;
   std::optional<Membership> membership;
-  mach_port_name_t port = MACH_PORT_NULL;
 };
 
 Table& table() {
@@ -86,14 +102,9 @@ ProcessRecord describeSelf() {
   return record;
 }
 
-bool havePort(Table& state) {
-  return state.port != MACH_PORT_NULL ||
-         mach_port_allocate(mach_task_self(), MACH_PORT_RIGHT_RECEIVE, &state.port) == KERN_SUCCESS;
-}
-
-std::optional<Membership> join(Table& state, const std::string& nameSpace) {
+std::optional<Membership> join(const std::string& path) {
   const host::Result<mach::Directory> directory = mach::ownDirectory();
-  if (!directory || !havePort(state)) return std::nullopt;
+  if (!directory) return std::nullopt;
   host::Result<host::Descriptor> folder =
       (*directory)->subdirectory(kFolder, host::NameDirectory::Make::kYes);
   if (!folder) return std::nullopt;
@@ -102,20 +113,26 @@ std::optional<Membership> join(Table& state, const std::string& nameSpace) {
 
   const ProcessRecord self = describeSelf();
   const Serial serial = records.draw();
-  if (serial == 0) return std::nullopt;
+  PrivatePort port;
+  if (serial == 0 || port.name() == MACH_PORT_NULL) return std::nullopt;
   const std::string name = portName(serial, self.pid);
-  if (mach::registerIn(kFolder, name.c_str(), state.port) != KERN_SUCCESS) return std::nullopt;
+  if (mach::registerIn(kFolder, name.c_str(), port.name()) != KERN_SUCCESS) return std::nullopt;
   host::Result<host::Descriptor> record = records.publish(serial, self);
   if (!record) return std::nullopt;
-  return Membership{nameSpace, std::move(records), std::move(*record), serial};
+  return Membership{path,  *directory, std::move(records), std::move(*record), std::move(port),
+                    serial};
 }
 
-/// This process's membership of the present name space, null if it cannot have one.
+/// This process's membership of the present name space, null if it cannot have one. Who leaves a
+/// name space leaves nothing in it.
 const Membership* membershipOf(Table& state) {
-  const std::string nameSpace = host::userNameSpacePath();
-  if (!state.membership || state.membership->nameSpace != nameSpace) {
+  const std::string path = host::userNameSpacePath();
+  if (state.membership &&
+      (state.membership->path != path || state.membership->nameSpace->isRemoved())) {
     state.membership.reset();
-    state.membership = join(state, nameSpace);
+  }
+  if (!state.membership) {
+    if (std::optional<Membership> joined = join(path)) state.membership.emplace(std::move(*joined));
   }
   return state.membership ? &*state.membership : nullptr;
 }
@@ -140,7 +157,7 @@ OSStatus checkIn(ProcessSerialNumber& self) {
 mach_port_name_t privatePort() {
   Table& state = table();
   const std::lock_guard lock(state.mutex);
-  return state.port;
+  return state.membership ? state.membership->port.name() : mach_port_name_t{MACH_PORT_NULL};
 }
 
 OSStatus portOfProcess(const ProcessSerialNumber& process, mach_port_name_t& port) {

@@ -7,6 +7,8 @@
 #include <signal.h>
 #include <unistd.h>
 
+#include <filesystem>
+
 #include "platform/mach/PortSpace.h"
 #include "tests/support/ChildProcess.h"
 #include "tests/support/PrivateRoot.h"
@@ -30,13 +32,29 @@ TEST_F(ProcessTable, HasAPrivatePortOnceTheProcessHasCheckedIn) {
   EXPECT_TRUE(type & MACH_PORT_TYPE_RECEIVE);
 }
 
-TEST_F(ProcessTable, KeepsThePrivatePortInAnotherNameSpace) {
+TEST_F(ProcessTable, LeavesNothingOpenInANameSpaceThatTheProcessHasLeft) {
+  const auto openFiles = [] {
+    return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
+  };
   ProcessSerialNumber self;
   ASSERT_EQ(processes::checkIn(self), noErr);
-  const mach_port_name_t port = processes::privatePort();
-  const tests::PrivateRoot other;
+  const auto before = openFiles();
+  for (int change = 0; change < 3; ++change) {
+    const tests::PrivateRoot other;
+    ASSERT_EQ(processes::checkIn(self), noErr);
+  }
   ASSERT_EQ(processes::checkIn(self), noErr);
-  EXPECT_EQ(processes::privatePort(), port);
+  EXPECT_EQ(openFiles(), before);
+}
+
+TEST_F(ProcessTable, ChecksInAgainWhenSomebodyHasRemovedTheNameSpace) {
+  ProcessSerialNumber self;
+  ASSERT_EQ(processes::checkIn(self), noErr);
+  std::filesystem::remove_all(root.path() / "run");
+  ASSERT_EQ(processes::checkIn(self), noErr);
+  EXPECT_EQ(self.lowLongOfPSN, 3u);
+  processes::ProcessRecord record;
+  EXPECT_EQ(processes::findProcess(kSelf, self, record), noErr);
 }
 
 TEST_F(ProcessTable, FindsTheCallersOwnPortUnderBothItsNumbers) {
