@@ -49,6 +49,9 @@ class SpawnSettings final {
 }  // namespace
 
 Result<ChildProgram> ChildProgram::start(const std::vector<std::string>& command) {
+  // Not every host reports it when the program cannot be run: under emulation it seems to have
+  // started.
+  if (::access(command.front().c_str(), X_OK) != 0) return lastError();
   std::array<int, 2> ends{};
   if (::pipe2(ends.data(), O_CLOEXEC) != 0) return lastError();
   Descriptor ours(ends[0]);

@@ -22,7 +22,7 @@ class ResourceWriterProgram : public testing::Test {
   };
   static Run run(std::vector<std::string> arguments) {
     arguments.insert(arguments.begin(), QRL_RESOURCE_WRITER);
-    tests::ChildProcess writer(arguments, {.mergeErrors = true});
+    tests::ChildProcess writer(arguments, {.environment = {}, .mergeErrors = true});
     std::string output = writer.readAll();
     return {writer.wait(), output};
   }
