@@ -21,6 +21,7 @@ bool look(EventSource& source, EventMask mask, EventRecord& record) {
 bool waitAndTake(EventMask mask, EventRecord& record, UInt32 sleep) {
   const host::Deadline deadline = host::Deadline::after(host::ticksSpan(sleep));
   EventSource& source = EventSource::prepared();
+  source.events().loseAside();
   while (!look(source, mask, record)) {
     const host::Nanoseconds left = deadline.remaining();
     if (left == 0) return false;

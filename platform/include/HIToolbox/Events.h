@@ -42,7 +42,7 @@ Boolean EventAvail(EventMask mask, EventRecord* event);
 /*
  * Takes the oldest event of the mask out of the queue, waiting up to `sleep` ticks for one while
  * the run loop runs in its default mode; false and a null event if none came. A high-level event
- * that is taken goes to AEProcessAppleEvent before the next one is taken, or is lost. The mouse
+ * that is taken goes to AEProcessAppleEvent before the next call of this, or is lost. The mouse
  * does not leave the region, which may be null.
  */
 Boolean WaitNextEvent(EventMask mask, EventRecord* event, UInt32 sleep, RgnHandle mouseRegion);

@@ -108,6 +108,26 @@ TEST_F(Events, BearTheTimeOfTheirArrival) {
   EXPECT_LE(+record.when - before, TickCount() - before);
 }
 
+TEST_F(Events, AreLostWhenTheNextIsAskedForBeforeTheyWereProcessed) {
+  handle('one ', [] { return OSErr{noErr}; });
+  post('one ');
+  EventRecord taken, none;
+  EXPECT_TRUE(WaitNextEvent(everyEvent, &taken, 0, nullptr));
+  EXPECT_FALSE(WaitNextEvent(everyEvent, &none, 0, nullptr));
+  EXPECT_EQ(AEProcessAppleEvent(&taken), errAENotAppleEvent);
+}
+
+TEST_F(Events, AreNotLostByALookAtTheNext) {
+  handle('one ', [] { return OSErr{noErr}; });
+  post('one ');
+  post('two ');
+  EventRecord taken, next;
+  EXPECT_TRUE(WaitNextEvent(everyEvent, &taken, 0, nullptr));
+  EXPECT_TRUE(EventAvail(everyEvent, &next));
+  EXPECT_EQ(AEProcessAppleEvent(&taken), noErr);
+  EXPECT_EQ(takeAll(), (std::vector<AEEventID>{'two '}));
+}
+
 TEST_F(Events, AreWaitedForNoLongerThanAsked) {
   const UInt32 before = TickCount();
   EventRecord record = scribble();
