@@ -37,7 +37,9 @@ void closeListener(const std::shared_ptr<Listener>& listener) {
 
 void leaveSets(Port& port) {
   for (WaitSet* set : std::vector<WaitSet*>(port.sets)) set->remove(port);
-  if (port.ownSet) port.ownSet->retire();
+  if (!port.ownSet) return;
+  port.ownSet->retire();
+  port.ownSet->clear();  // of connections that outlive the port
 }
 
 void forgetAllAnswers(Port& port) {

@@ -189,8 +189,8 @@ void takeOldest(Lock& lock, Port& port, Message& message) {
   if (message.reply == MACH_PORT_NULL) giveUp(lock, std::move(oldest.reply));
 }
 
-kern_return_t receiveFrom(Lock& lock, const std::shared_ptr<Port>& port, Waiter& waiter,
-                          Message& message, Deadline deadline) {
+kern_return_t receiveFrom(Lock& lock, const std::shared_ptr<Port>& port, Message& message,
+                          Deadline deadline) {
   for (bool looked = false;; looked = true) {
     if (port->dead) return MACH_RCV_PORT_DIED;
     if (!port->queue.empty()) {
@@ -199,10 +199,12 @@ kern_return_t receiveFrom(Lock& lock, const std::shared_ptr<Port>& port, Waiter&
     }
     if (looked && deadline.remaining() == 0) return MACH_RCV_TIMED_OUT;
     if (needsSet(*port)) {
-      endLead(waiter);
+      endLead(ownWaiter());
       sleepInSet(lock, port, deadline);
+    } else if (Waiter* waiter = thisWaiter()) {
+      sleepAlone(lock, *port, *waiter, deadline);
     } else {
-      sleepAlone(lock, *port, waiter, deadline);
+      return KERN_RESOURCE_SHORTAGE;
     }
   }
 }
@@ -211,10 +213,8 @@ kern_return_t receiveAt(mach_port_name_t port, Message& message, Deadline deadli
   Lock lock(space().mutex);
   const std::shared_ptr<Port> receiver = findPort(port);
   if (!receiver) return MACH_RCV_INVALID_NAME;
-  Waiter* waiter = thisWaiter();
-  if (waiter == nullptr) return KERN_RESOURCE_SHORTAGE;
-  const kern_return_t result = receiveFrom(lock, receiver, *waiter, message, deadline);
-  endLead(*waiter);
+  const kern_return_t result = receiveFrom(lock, receiver, message, deadline);
+  endLead(ownWaiter());
   return result;
 }
 

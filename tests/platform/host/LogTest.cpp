@@ -9,11 +9,14 @@ namespace {
 using platform::host::complainOnce;
 
 TEST(Complaints, AreMadeOnce) {
+  static int run = 0;  // nothing was said in an earlier one
+  const std::string first = "the first thing of run " + std::to_string(++run);
+  const std::string second = "the second thing of run " + std::to_string(run);
   testing::internal::CaptureStderr();
-  complainOnce("the first thing");
-  complainOnce("the first thing");
-  complainOnce("the second thing");
-  EXPECT_EQ("quorvant: the first thing\nquorvant: the second thing\n",
+  complainOnce(first);
+  complainOnce(first);
+  complainOnce(second);
+  EXPECT_EQ("quorvant: " + first + "\nquorvant: " + second + "\n",
             testing::internal::GetCapturedStderr());
 }
 

@@ -357,6 +357,24 @@ TEST_F(PortSpace, AwaitsAnswersFromSeveralServersOnOnePort) {
   EXPECT_EQ(MACH_NOTIFY_SEND_ONCE, message.id);
 }
 
+// A port that awaited answers over two connections watched them with a set of its own, and once
+// left that set behind in a connection that outlived the port.
+TEST_F(PortSpace, OutlivesAPortThatAwaitedAnswersFromSeveralServers) {
+  const auto first = startServer("first");
+  const auto second = startServer("second");
+  const mach_port_name_t right = lookUp("first");
+  {
+    const OwnPort reply;
+    ASSERT_EQ(KERN_SUCCESS, send(right, reply, kKeepSilent, {}, soon()));
+    ASSERT_EQ(KERN_SUCCESS, send(lookUp("second"), reply, kKeepSilent, {}, soon()));
+    Message none;
+    ASSERT_EQ(MACH_RCV_TIMED_OUT, receive(reply, none, shortly()));
+  }
+  first->signal(9);
+  ASSERT_EQ(-9, first->wait());
+  EXPECT_EQ(MACH_PORT_TYPE_DEAD_NAME, typeOf(right));
+}
+
 TEST_F(PortSpace, LeaksNoDescriptor) {
   const auto server = startServer("echo");
   const auto once = [&] {
