@@ -70,6 +70,11 @@ T loadAs(const void* from) {
 }
 
 template <typename T>
+SInt64 loadSigned(const void* from) {
+  return 0 + loadAs<T>(from);
+}
+
+template <typename T>
 void storeAs(void* to, T value) {
   std::memcpy(to, &value, sizeof value);
 }
@@ -114,16 +119,16 @@ NumberValue NumberValue::load(CFNumberType fixed, const void* from) {
   value.isReal = isFloatType(fixed);
   switch (fixed) {
     case kCFNumberSInt8Type:
-      value.integer = loadAs<SInt8>(from);
+      value.integer = loadSigned<SInt8>(from);
       break;
     case kCFNumberSInt16Type:
-      value.integer = loadAs<SInt16>(from);
+      value.integer = loadSigned<SInt16>(from);
       break;
     case kCFNumberSInt32Type:
-      value.integer = loadAs<SInt32>(from);
+      value.integer = loadSigned<SInt32>(from);
       break;
     case kCFNumberSInt64Type:
-      value.integer = loadAs<SInt64>(from);
+      value.integer = loadSigned<SInt64>(from);
       break;
     case kCFNumberFloat32Type:
       value.real = loadAs<Float32>(from);
@@ -136,8 +141,8 @@ NumberValue NumberValue::load(CFNumberType fixed, const void* from) {
 
 template <typename T>
 bool NumberValue::storeInteger(void* to) const {
-  constexpr SInt64 kLowest = std::numeric_limits<T>::min();
-  constexpr SInt64 kHighest = std::numeric_limits<T>::max();
+  constexpr SInt64 kHighest = std::numeric_limits<SInt64>::max() >> (64 - 8 * sizeof(T));
+  constexpr SInt64 kLowest = -kHighest - 1;
   SInt64 whole = integer;
   bool isExact = true;
   if (isReal) {
