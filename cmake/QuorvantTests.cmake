@@ -32,5 +32,10 @@ function(quorvant_tests name)
   target_precompile_headers(test_${name} PRIVATE <gmock/gmock.h> <gtest/gtest.h>)
   gtest_discover_tests(test_${name} TEST_PREFIX "${name}." DISCOVERY_MODE PRE_TEST
     DISCOVERY_TIMEOUT 60
-    PROPERTIES TIMEOUT 120 ENVIRONMENT "${QRL_TEST_ENVIRONMENT}")
+    PROPERTIES TIMEOUT 120)
+  # A property that is a list does not survive the discovery; it is set behind it.
+  set(environment "${CMAKE_CURRENT_BINARY_DIR}/test_${name}_environment.cmake")
+  file(CONFIGURE OUTPUT "${environment}" @ONLY CONTENT
+    "set_tests_properties(\${test_@name@_TESTS} PROPERTIES ENVIRONMENT [==[@QRL_TEST_ENVIRONMENT@]==])\n")
+  set_property(DIRECTORY APPEND PROPERTY TEST_INCLUDE_FILES "${environment}")
 endfunction()
