@@ -72,6 +72,7 @@ struct Written {
   const char* text;
   Value value;
   const char* printed;
+  friend void PrintTo(const Written& written, std::ostream* out) { *out << written.text; }
 };
 
 class WrittenValue : public testing::TestWithParam<Written> {};
@@ -148,6 +149,7 @@ TEST(Parameters, HaveAKeyBeforeTheFirstEqualsSignThatEndsACode) {
 struct Complaint {
   const char* parameter;
   const char* text;
+  friend void PrintTo(const Complaint& wanted, std::ostream* out) { *out << wanted.parameter; }
 };
 
 class BadParameter : public testing::TestWithParam<Complaint> {};
