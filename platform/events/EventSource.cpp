@@ -75,12 +75,12 @@ auto EventSource::takeOut(Taking taking) {
 
 OSStatus EventSource::process(const EventRecord& record) {
   auto message = takeOut([&](EventQueue& events) { return events.take(record); });
-  return message ? appleevents::processMessage(message->take()) : errAENotAppleEvent;
+  return message ? appleevents::processMessage(message->take()) : OSStatus{errAENotAppleEvent};
 }
 
 OSStatus EventSource::processOldest() {
   auto message = takeOut([](EventQueue& events) { return events.takeOldest(); });
-  return message ? appleevents::processMessage(message->take()) : errAENotAppleEvent;
+  return message ? appleevents::processMessage(message->take()) : OSStatus{errAENotAppleEvent};
 }
 
 void EventSource::setAsideOldest() {

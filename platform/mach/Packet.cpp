@@ -34,7 +34,7 @@ std::uint32_t getWord(Bytes packet, std::size_t at) {
 
 }  // namespace
 
-void Buffer::Free::operator()(std::byte* memory) const { std::free(memory); }
+void Buffer::Free::operator()(std::byte* block) const { std::free(block); }
 
 std::optional<Buffer> makeBuffer(std::size_t size) {
   Buffer buffer;

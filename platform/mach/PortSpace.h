@@ -26,7 +26,7 @@ using Bytes = std::span<const std::byte>;
 /// A message's data, allocated with std::malloc so that it can change owners across C interfaces.
 struct Buffer {
   struct Free {
-    void operator()(std::byte* memory) const;
+    void operator()(std::byte* block) const;
   };
   std::unique_ptr<std::byte[], Free> memory;
   std::size_t size = 0;

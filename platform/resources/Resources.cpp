@@ -6,7 +6,6 @@
 #include <cstring>
 #include <limits>
 #include <new>
-#include <ranges>
 #include <set>
 #include <string_view>
 
@@ -39,8 +38,8 @@ Handle provide(OpenResource& resource, Loading loading) {
 template <typename Wanted>
 Handle findResource(FileSpan files, Loading loading, ResType type, Wanted wanted) {
   bool typeExists = false;
-  for (OpenFile& file : files | std::views::reverse) {
-    for (OpenResource& resource : file.resources) {
+  for (auto file = files.rbegin(); file != files.rend(); ++file) {
+    for (OpenResource& resource : file->resources) {
       if (resource.entry.type != type) continue;
       if (wanted(resource.entry)) return provide(resource, loading);
       typeExists = true;
@@ -93,8 +92,8 @@ SInt16 countResources(FileSpan files, ResType type) {
 std::vector<ResType> typesOf(FileSpan files) try {
   std::vector<ResType> types;
   std::set<ResType> seen;
-  for (const OpenFile& file : files | std::views::reverse) {
-    for (const OpenResource& resource : file.resources) {
+  for (auto file = files.rbegin(); file != files.rend(); ++file) {
+    for (const OpenResource& resource : file->resources) {
       if (seen.insert(resource.entry.type).second) types.push_back(resource.entry.type);
     }
   }
