@@ -22,6 +22,12 @@ if(QRL_SANITIZE MATCHES "address")
     "UBSAN_OPTIONS=print_stacktrace=1")
 endif()
 
+# One precompiled header serves all test programs.
+file(CONFIGURE OUTPUT "${CMAKE_BINARY_DIR}/test_headers.cpp" CONTENT "int main() {}\n")
+add_executable(test_headers EXCLUDE_FROM_ALL "${CMAKE_BINARY_DIR}/test_headers.cpp")
+target_link_libraries(test_headers PRIVATE quorvant_options gtest_main gmock)
+target_precompile_headers(test_headers PRIVATE <gmock/gmock.h> <gtest/gtest.h>)
+
 # quorvant_tests(NAME SOURCES ... LIBRARIES ...): the test program of one folder, test_NAME.
 function(quorvant_tests name)
   cmake_parse_arguments(arg "" "" "SOURCES;LIBRARIES" ${ARGN})
@@ -29,7 +35,7 @@ function(quorvant_tests name)
   target_link_libraries(test_${name} PRIVATE
     quorvant_options test_support ${arg_LIBRARIES} gtest_main gmock)
   target_compile_options(test_${name} PRIVATE "SHELL:-iquote ${CMAKE_SOURCE_DIR}")
-  target_precompile_headers(test_${name} PRIVATE <gmock/gmock.h> <gtest/gtest.h>)
+  target_precompile_headers(test_${name} REUSE_FROM test_headers)
   gtest_discover_tests(test_${name} TEST_PREFIX "${name}." DISCOVERY_MODE PRE_TEST
     DISCOVERY_TIMEOUT 60
     PROPERTIES TIMEOUT 120)
