@@ -176,8 +176,12 @@ TEST_F(NoticeOnATerminal, GivesWayToAnAlert) {
   auto& screen = show("over");
   ASSERT_TRUE(screen.readUntil("[OK] Press Return: "));
   screen.type("\r");
-  const std::string seen = dismissAll(screen, {"one", "two", "three"});
-  EXPECT_NE(seen.find("alert 138: item 1."), std::string::npos) << seen;
+  // The alert's caller goes on while the notices are shown already, so its line comes anywhere.
+  std::string seen = dismissAll(screen, {"one", "two", "three"});
+  const std::string answer = "alert 138: item 1.";
+  if (seen.find(answer) == std::string::npos) {
+    seen += screen.readUntil(answer).value_or("[nothing]");
+  }
   EXPECT_EQ(seen.find("[nothing]"), std::string::npos) << seen;
   EXPECT_EQ(screen.wait(), 0);
 }
