@@ -28,9 +28,10 @@ add_executable(test_headers EXCLUDE_FROM_ALL "${CMAKE_BINARY_DIR}/test_headers.c
 target_link_libraries(test_headers PRIVATE quorvant_options gtest_main gmock)
 target_precompile_headers(test_headers PRIVATE <gmock/gmock.h> <gtest/gtest.h>)
 
-# quorvant_tests(NAME SOURCES ... LIBRARIES ...): the test program of one folder, test_NAME.
+# quorvant_tests(NAME SOURCES ... LIBRARIES ... [LABELS ...]): the test program of one folder,
+# test_NAME. The cases of a fixture whose name ends in AsRoot get the label needs-root.
 function(quorvant_tests name)
-  cmake_parse_arguments(arg "" "" "SOURCES;LIBRARIES" ${ARGN})
+  cmake_parse_arguments(arg "" "" "SOURCES;LIBRARIES;LABELS" ${ARGN})
   add_executable(test_${name} ${arg_SOURCES})
   target_link_libraries(test_${name} PRIVATE
     quorvant_options test_support ${arg_LIBRARIES} gtest_main gmock)
@@ -39,9 +40,7 @@ function(quorvant_tests name)
   gtest_discover_tests(test_${name} TEST_PREFIX "${name}." DISCOVERY_MODE PRE_TEST
     DISCOVERY_TIMEOUT 60
     PROPERTIES TIMEOUT 120)
-  # A property that is a list does not survive the discovery; it is set behind it.
-  set(environment "${CMAKE_CURRENT_BINARY_DIR}/test_${name}_environment.cmake")
-  file(CONFIGURE OUTPUT "${environment}" @ONLY CONTENT
-    "set_tests_properties(\${test_@name@_TESTS} PROPERTIES ENVIRONMENT [==[@QRL_TEST_ENVIRONMENT@]==])\n")
-  set_property(DIRECTORY APPEND PROPERTY TEST_INCLUDE_FILES "${environment}")
+  set(properties "${CMAKE_CURRENT_BINARY_DIR}/test_${name}_properties.cmake")
+  configure_file("${CMAKE_SOURCE_DIR}/cmake/QuorvantTestProperties.cmake.in" "${properties}" @ONLY)
+  set_property(DIRECTORY APPEND PROPERTY TEST_INCLUDE_FILES "${properties}")
 endfunction()
