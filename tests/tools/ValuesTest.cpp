@@ -13,7 +13,6 @@
 namespace {
 
 using qrl::Parameter;
-using qrl::parseCode;
 using qrl::parseParameter;
 using qrl::parseSerialNumber;
 using qrl::parseValue;
@@ -32,39 +31,6 @@ std::string complaint(const std::string& parameter) {
     return error.what();
   }
   return "none";
-}
-
-TEST(Codes, AreFourCharacters) {
-  EXPECT_EQ(parseCode("aevt"), OSType{0x61657674});
-  EXPECT_EQ(parseCode("----"), OSType{0x2d2d2d2d});
-  EXPECT_EQ(parseCode("psn "), OSType{0x70736e20});
-}
-
-TEST(Codes, MayBeGivenInHexadecimal) { EXPECT_EQ(parseCode("0x61657600"), OSType{0x61657600}); }
-
-TEST(Codes, HoldMacRomanCharacters) {
-  EXPECT_EQ(parseCode("caf\u00e9"), OSType{0x6361668e});
-  EXPECT_EQ(qrl::formatCode(0x6361668e), "caf\u00e9");
-}
-
-class BadCode : public testing::TestWithParam<const char*> {};
-
-TEST_P(BadCode, IsRefusedWithItsText) {
-  try {
-    parseCode(GetParam());
-    FAIL() << "accepted";
-  } catch (const UsageError& error) {
-    EXPECT_EQ(error.what(), '"' + std::string(GetParam()) + "\" is not a four-character code");
-  }
-}
-
-INSTANTIATE_TEST_SUITE_P(Table, BadCode,
-                         testing::Values("", "abc", "abcde", "0x6165767", "0x6165767g",
-                                         "0x616576744", "ab\u4e2d\u6587", "abc\xff"));
-
-TEST(Codes, WithControlCharactersArePrintedInHexadecimal) {
-  EXPECT_EQ(qrl::formatCode(0x61620a64), "0x61620a64");
-  EXPECT_EQ(qrl::formatCode(0), "0x00000000");
 }
 
 // What is written, what it means in this machine's byte order, and how it is printed again.

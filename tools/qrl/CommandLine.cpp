@@ -5,6 +5,7 @@
 #include <cmath>
 #include <iostream>
 
+#include "tools/qrl/Codes.h"
 #include "tools/qrl/Commands.h"
 #include "tools/qrl/Help.h"
 

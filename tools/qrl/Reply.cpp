@@ -5,6 +5,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "tools/qrl/Codes.h"
 #include "tools/qrl/Values.h"
 
 namespace qrl {

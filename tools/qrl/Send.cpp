@@ -8,6 +8,7 @@
 #include <iostream>
 #include <nlohmann/json.hpp>
 
+#include "tools/qrl/Codes.h"
 #include "tools/qrl/Commands.h"
 #include "tools/qrl/Errors.h"
 #include "tools/qrl/Reply.h"

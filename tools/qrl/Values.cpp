@@ -11,6 +11,7 @@
 #include <optional>
 #include <span>
 
+#include "tools/qrl/Codes.h"
 #include "tools/qrl/ExitStatus.h"
 #include "tools/qrl/Text.h"
 
@@ -18,8 +19,6 @@ namespace qrl {
 namespace {
 
 using Json = nlohmann::ordered_json;
-
-std::string quoted(std::string_view text) { return '"' + std::string(text) + '"'; }
 
 template <typename T>
 std::string bytesOf(T value) {
@@ -99,10 +98,6 @@ std::string parseText(std::string_view text) {
   return *bytes;
 }
 
-bool hasControls(std::string_view bytes) {
-  return std::ranges::any_of(bytes, [](unsigned char c) { return c < 0x20 || c == 0x7F; });
-}
-
 std::optional<std::string> formatText(const std::string& bytes) {
   if (hasControls(bytes)) return std::nullopt;
   return utf8FromMacRoman(bytes);
@@ -171,23 +166,6 @@ std::optional<OSType> typeOfWord(std::string_view text) {
   return word->type;
 }
 
-std::optional<UInt32> hexadecimalCode(std::string_view text) {
-  if (text.size() != 10 || !text.starts_with("0x")) return std::nullopt;
-  UInt32 code = 0;
-  auto [end, error] = std::from_chars(text.data() + 2, text.data() + text.size(), code, 16);
-  if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
-  return code;
-}
-
-std::optional<OSType> codeIn(std::string_view text) {
-  if (std::optional<UInt32> code = hexadecimalCode(text)) return code;
-  std::optional<std::string> bytes = macRomanFromUtf8(text);
-  if (!bytes || bytes->size() != 4) return std::nullopt;
-  OSType code = 0;
-  for (unsigned char byte : *bytes) code = code << 8 | byte;
-  return code;
-}
-
 std::optional<OSType> typeIn(std::string_view text) {
   if (std::optional<OSType> type = typeOfWord(text)) return type;
   return codeIn(text);
@@ -201,30 +179,6 @@ std::size_t endOfCode(std::string_view text, const char* separators, Find find) 
     if (find(text.substr(0, at))) return at;
   }
   return text.npos;
-}
-
-std::string parseHexadecimal(std::string_view text) {
-  constexpr std::string_view kDigits = "0123456789abcdefABCDEF";
-  if (text.size() % 2 != 0 || text.find_first_not_of(kDigits) != text.npos) {
-    throw UsageError(quoted(text) + " is not bytes in hexadecimal");
-  }
-  std::string bytes;
-  for (std::size_t i = 0; i < text.size(); i += 2) {
-    unsigned byte = 0;
-    std::from_chars(text.data() + i, text.data() + i + 2, byte, 16);
-    bytes += static_cast<char>(byte);
-  }
-  return bytes;
-}
-
-std::string formatHexadecimal(std::string_view bytes) {
-  constexpr char kDigits[] = "0123456789abcdef";
-  std::string text;
-  for (unsigned char byte : bytes) {
-    text += kDigits[byte >> 4];
-    text += kDigits[byte & 15];
-  }
-  return text;
 }
 
 // Between the order of the wire and this machine's, for a type whose numbers are turned round.
@@ -242,17 +196,10 @@ std::string turned(const Kind* kind, std::string bytes) {
 std::string formatType(OSType type) {
   std::string text = formatCode(type);
   if (typeIn(text) == type) return text;
-  std::array<char, 16> hexadecimal;
-  std::snprintf(hexadecimal.data(), hexadecimal.size(), "0x%08x", static_cast<unsigned>(type));
-  return hexadecimal.data();
+  return formatCodeAsNumber(type);
 }
 
 }  // namespace
-
-OSType parseCode(std::string_view text) {
-  if (std::optional<OSType> code = codeIn(text)) return *code;
-  throw UsageError(quoted(text) + " is not a four-character code");
-}
 
 Value parseValue(std::string_view text) {
   std::size_t end = endOfCode(text, ":#", typeIn);
@@ -281,13 +228,6 @@ ProcessSerialNumber parseSerialNumber(std::string_view text) {
   std::size_t colon = text.find(':');
   if (colon == text.npos) return {0, parseNumber<UInt32>(text)};
   return {parseNumber<UInt32>(text.substr(0, colon)), parseNumber<UInt32>(text.substr(colon + 1))};
-}
-
-std::string formatCode(OSType code) {
-  std::string bytes;
-  for (int shift = 24; shift >= 0; shift -= 8) bytes += static_cast<char>(code >> shift);
-  if (!hasControls(bytes)) return utf8FromMacRoman(bytes);
-  return "0x" + formatHexadecimal(bytes);
 }
 
 std::string formatValue(const Value& value) {

@@ -38,12 +38,10 @@ struct Parameter {
 };
 
 // All of these throw UsageError, with a line that names what is wrong.
-OSType parseCode(std::string_view text);
 Value parseValue(std::string_view text);  // TYPE:VALUE
 Parameter parseParameter(std::string_view text);
 ProcessSerialNumber parseSerialNumber(std::string_view text);
 
-std::string formatCode(OSType code);
 std::string formatValue(const Value& value);
 std::string formatSerialNumber(const ProcessSerialNumber& psn);
 
