@@ -50,7 +50,8 @@ INSTANTIATE_TEST_SUITE_P(
                     Words{"send", kServer, "TesTs", "echo"},
                     Words{"send", kServer, "TesT", "echo", "--param", "abcd=long:99999999999"},
                     Words{"send", kServer, "TesT", "echo", "--param", "abcd=wrong:1"},
-                    Words{"wait", kServer}));
+                    Words{"send", kServer, "TesT", "echo", "--param", "two\nlines"},
+                    Words{"two\nlines"}, Words{"wait", kServer}));
 
 TEST_F(Tool, ExitsWith69WhenNobodyHasTheName) {
   Outcome outcome = qrl({"send", kServer, "TesT", "echo"});

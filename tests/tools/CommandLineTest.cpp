@@ -93,13 +93,12 @@ TEST(CommandLine, HelpsWhereverItIsAsked) {
 
 class BadCommandLine : public testing::TestWithParam<Arguments> {};
 
-TEST_P(BadCommandLine, IsRefusedInOneLine) {
+TEST_P(BadCommandLine, IsRefusedWithAReason) {
   try {
     parseCommandLine(GetParam());
     FAIL() << "accepted";
   } catch (const qrl::UsageError& error) {
     EXPECT_STRNE(error.what(), "");
-    EXPECT_EQ(std::string(error.what()).find('\n'), std::string::npos) << error.what();
   }
 }
 

@@ -99,12 +99,6 @@ WaitCommand readWait(const Words& words) {
   return {parseName(words.name), words.gone, parseSeconds(*words.timeout)};
 }
 
-// CLI11 puts some messages on several lines.
-std::string oneLine(std::string text) {
-  std::ranges::replace(text, '\n', ' ');
-  return text;
-}
-
 }  // namespace
 
 Command parseCommandLine(const std::vector<std::string>& arguments) {
@@ -127,23 +121,12 @@ Command parseCommandLine(const std::vector<std::string>& arguments) {
   } catch (const CLI::Success&) {
     return HelpCommand{kHelp};
   } catch (const CLI::Error& error) {
-    throw UsageError(oneLine(error.what()) + " (see qrl --help)");
+    throw UsageError(error.what() + std::string(" (see qrl --help)"));
   }
   if (send) return readSend(words);
   if (quit) return readQuit(words);
   if (wait) return readWait(words);
   return PortsCommand{words.json};
-}
-
-ExitStatus run(const HelpCommand& command) {
-  std::cout << command.text;
-  return kDone;
-}
-
-ExitStatus fail(ExitStatus status, const std::string& text) {
-  std::cout.flush();
-  std::cerr << "qrl: " << text << '\n';
-  return status;
 }
 
 }  // namespace qrl

@@ -60,9 +60,6 @@ ExitStatus run(const WaitCommand& command);
 /// Reads the arguments behind the program's name. Throws UsageError.
 Command parseCommandLine(const std::vector<std::string>& arguments);
 
-/// Writes "qrl: " and the text as one line on standard error, and answers with the status.
-ExitStatus fail(ExitStatus status, const std::string& text);
-
 }  // namespace qrl
 
 #endif

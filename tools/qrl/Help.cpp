@@ -1,6 +1,10 @@
 // Licence: MIT, see LICENSE.
 #include "tools/qrl/Help.h"
 
+#include <iostream>
+
+#include "tools/qrl/Commands.h"
+
 namespace qrl {
 
 const char kHelp[] =
@@ -59,5 +63,10 @@ Examples:
   qrl wait com.quorvant.qrlagentd.1.1 --timeout 10
   qrl quit com.quorvant.qrlagentd.1.1 && qrl wait com.quorvant.qrlagentd.1.1 --gone --timeout 5
 )help";
+
+ExitStatus run(const HelpCommand& command) {
+  std::cout << command.text;
+  return kDone;
+}
 
 }  // namespace qrl

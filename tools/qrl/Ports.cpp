@@ -8,6 +8,7 @@
 
 #include "platform/mach/NameList.h"
 #include "tools/qrl/Commands.h"
+#include "tools/qrl/Output.h"
 
 namespace qrl {
 namespace {
@@ -34,8 +35,8 @@ void printTable(const std::vector<NamedPort>& ports) {
   std::size_t widest = 0;
   for (const NamedPort& port : ports) widest = std::max(widest, port.name.size());
   for (const NamedPort& port : ports) {
-    std::cout << port.name << std::string(widest - port.name.size() + 2, ' ') << port.process
-              << "  " << serialNumberOf(port).value_or("-") << '\n';
+    std::cout << withoutControls(port.name) << std::string(widest - port.name.size() + 2, ' ')
+              << port.process << "  " << serialNumberOf(port).value_or("-") << '\n';
   }
 }
 

@@ -11,6 +11,7 @@
 #include "tools/qrl/Codes.h"
 #include "tools/qrl/Commands.h"
 #include "tools/qrl/Errors.h"
+#include "tools/qrl/Output.h"
 #include "tools/qrl/Reply.h"
 
 namespace qrl {

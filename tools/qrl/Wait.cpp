@@ -2,6 +2,7 @@
 #include "platform/mach/NameList.h"
 #include "tools/qrl/Commands.h"
 #include "tools/qrl/Errors.h"
+#include "tools/qrl/Output.h"
 
 namespace qrl {
 namespace {

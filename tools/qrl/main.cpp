@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "tools/qrl/Commands.h"
+#include "tools/qrl/Output.h"
 
 int main(int argc, char** argv) try {
   std::vector<std::string> arguments(argv + (argc > 0 ? 1 : 0), argv + argc);
