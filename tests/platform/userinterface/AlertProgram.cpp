@@ -142,6 +142,7 @@ void showNotices() {
 void showFewerNotices() {
   installNotices();
   NMRemove(&gNotices[1]);
+  std::puts("removed the one in the middle.");
   CFRunLoopRun();
 }
 
