@@ -5,13 +5,10 @@
 #include <set>
 
 #include "platform/resources/BigEndian.h"
+#include "platform/resources/MapLayout.h"
 
 namespace platform::resources {
 namespace {
-
-constexpr std::size_t kMapHeaderSize = 28;
-constexpr std::size_t kTypeSize = 8;
-constexpr std::size_t kReferenceSize = 12;
 
 /// The areas that the file's header and the map's header name.
 struct Areas {

@@ -4,13 +4,12 @@
 #include <algorithm>
 
 #include "platform/resources/ByteBuffer.h"
+#include "platform/resources/MapLayout.h"
 
 namespace platform::resources {
 namespace {
 
 constexpr std::size_t kDataStart = 256;  // the header, and space that belongs to other managers
-constexpr std::size_t kMapHeaderSize = 28;
-constexpr std::size_t kTypeSize = 8;
 constexpr std::size_t kLargestOffset16 = 0xFFFF;
 constexpr std::size_t kLargestOffset24 = 0xFFFFFF;
 constexpr std::size_t kLongestName = 255;

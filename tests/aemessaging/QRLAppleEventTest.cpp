@@ -15,7 +15,7 @@
 
 namespace {
 
-constexpr char kName[] = "com.quorvant.test.server";
+constexpr char kServerName[] = "com.quorvant.test.server";
 
 struct Arguments {
   const AppleEvent* event = nullptr;
@@ -128,8 +128,8 @@ class RoundTrip : public testing::Test {
 class PortRoundTrip : public RoundTrip {
  protected:
   PortRoundTrip() {
-    EXPECT_EQ(server.ListenOnPort(kName, CFRunLoopGetCurrent(), answer, nullptr), 0);
-    std::strcpy(address.name, kName);
+    EXPECT_EQ(server.ListenOnPort(kServerName, CFRunLoopGetCurrent(), answer, nullptr), 0);
+    std::strcpy(address.name, kServerName);
   }
   tests::TestListener server;
   QRLPortDestinationAddress address;
@@ -171,7 +171,7 @@ TEST_F(RoundTrip, ToTheOwnProcessIsHandledByItsHandler) {
 
 TEST_F(RoundTrip, ToAServerThatIsNotThereFailsAtTheAddress) {
   QRLPortDestinationAddress address;
-  std::strcpy(address.name, kName);
+  std::strcpy(address.name, kServerName);
   SInt32 result = 0;
   EXPECT_EQ(ask<QRLPortAppleEvent>(address, 41, result), BOOTSTRAP_UNKNOWN_SERVICE);
 }

@@ -28,7 +28,7 @@ using testing::IsEmpty;
 using tests::OtherPort;
 using tests::TestListener;
 
-constexpr char kName[] = "com.quorvant.test.listener.1.1";
+using tests::kListenerName;
 
 struct Dispatched {
   UInt32 eventClass, eventID;
@@ -51,7 +51,7 @@ class PortListenerMessages : public testing::Test {
  protected:
   PortListenerMessages() : listener(std::make_unique<TestListener>()) {
     current = this;
-    EXPECT_EQ(listener->ListenOnPort(kName, CFRunLoopGetCurrent(), dispatch, this), 0);
+    EXPECT_EQ(listener->ListenOnPort(kListenerName, CFRunLoopGetCurrent(), dispatch, this), 0);
     port = listener->registeredPort;
     kept.reserve(200);
     dispatched.reserve(200);
@@ -317,7 +317,7 @@ TEST_F(PortListenerMessages, MayEndTheListener) {
   ask();
   serve();
   EXPECT_EQ(readAnswer().error, -5);
-  EXPECT_EQ(tests::portBehind(kName), MACH_PORT_NULL);
+  EXPECT_EQ(tests::portBehind(kListenerName), MACH_PORT_NULL);
 }
 
 // -- The descriptors that are left behind --

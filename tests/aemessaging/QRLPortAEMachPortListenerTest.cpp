@@ -24,14 +24,14 @@ using tests::rightsOf;
 using tests::sendRightsOf;
 using tests::TestListener;
 
-constexpr char kName[] = "com.quorvant.test.listener.1.1";
+using tests::kListenerName;
 constexpr mach_port_t kForeign = 0x7ffff7;  // a port name that this process does not have
 
 class PortListener : public testing::Test {
  protected:
   PortListener() : listener(std::make_unique<TestListener>()) {}
 
-  SInt32 listen(const char* name = kName) {
+  SInt32 listen(const char* name = kListenerName) {
     return listener->ListenOnPort(name, runLoop, tests::ignoreEvent, nullptr);
   }
   // Listens, and forgets which calls that took.
@@ -73,10 +73,10 @@ TEST_F(PortListener, StartsWithEveryFieldZero) {
 
 TEST_F(PortListener, RegistersItsPortUnderTheName) {
   EXPECT_EQ(listen(), 0);
-  EXPECT_STREQ(listener->portName, kName);
+  EXPECT_STREQ(listener->portName, kListenerName);
   EXPECT_NE(listener->registeredPort, MACH_PORT_NULL);
   EXPECT_EQ(listener->registeredPort, ownPort());
-  EXPECT_EQ(portBehind(kName), ownPort());
+  EXPECT_EQ(portBehind(kListenerName), ownPort());
   EXPECT_TRUE(isServed(runLoop));
 }
 
@@ -95,7 +95,7 @@ TEST_F(PortListener, GivesItselfToCoreFoundation) {
 // -- Arguments --
 
 TEST_F(PortListener, RejectsANullCallback) {
-  EXPECT_EQ(listener->ListenOnPort(kName, runLoop, nullptr, nullptr), paramErr);
+  EXPECT_EQ(listener->ListenOnPort(kListenerName, runLoop, nullptr, nullptr), paramErr);
   expectIdle(*listener);
   EXPECT_STREQ(listener->portName, "");
 }
@@ -124,8 +124,8 @@ TEST_F(PortListener, RejectsASecondNameAndKeepsTheFirst) {
   start();
   const mach_port_t port = ownPort();
   EXPECT_EQ(listen("com.quorvant.test.other"), paramErr);
-  EXPECT_STREQ(listener->portName, kName);
-  EXPECT_EQ(portBehind(kName), port);
+  EXPECT_STREQ(listener->portName, kListenerName);
+  EXPECT_EQ(portBehind(kListenerName), port);
   EXPECT_EQ(portBehind("com.quorvant.test.other"), MACH_PORT_NULL);
   EXPECT_TRUE(isServed(runLoop));
 }
@@ -146,7 +146,7 @@ TEST_F(PortListener, ReleasesInvalidObjectsEvenForABadArgument) {
   EXPECT_EQ(listen(nullptr), paramErr);
   EXPECT_EQ(listener->machPort, nullptr);
   EXPECT_EQ(listener->runLoopSource, nullptr);
-  EXPECT_STREQ(listener->portName, kName);
+  EXPECT_STREQ(listener->portName, kListenerName);
   EXPECT_EQ(calls->lookUp.count, 0);
 }
 
@@ -154,7 +154,7 @@ TEST_F(PortListener, KeepsValidObjectsOnABadArgument) {
   start();
   const CFMachPortRef port = listener->machPort;
   const CFRunLoopSourceRef source = listener->runLoopSource;
-  EXPECT_EQ(listener->ListenOnPort(kName, runLoop, nullptr, nullptr), paramErr);
+  EXPECT_EQ(listener->ListenOnPort(kListenerName, runLoop, nullptr, nullptr), paramErr);
   EXPECT_EQ(listener->machPort, port);
   EXPECT_EQ(listener->runLoopSource, source);
   EXPECT_EQ(listener->callback, tests::ignoreEvent);
@@ -232,7 +232,7 @@ TEST_F(PortListener, RegistersAnewWhenItsNameHasVanished) {
   EXPECT_EQ(calls->lookUp.count, 2);
   EXPECT_EQ(calls->registerName.count, 1);
   EXPECT_EQ(ownPort(), port);
-  EXPECT_STREQ(listener->portName, kName);
+  EXPECT_STREQ(listener->portName, kListenerName);
 }
 
 TEST_F(PortListener, TakesALookUpThatFindsNoPortForNoName) {
@@ -305,45 +305,45 @@ TEST_F(PortListener, PassesOnThatAForeignSendRightCannotBeGivenUp) {
 // -- A name that somebody else has --
 
 TEST_F(PortListener, LeavesANameToItsOwnerAndKeepsItInMind) {
-  const OtherPort owner(kName);
+  const OtherPort owner(kListenerName);
   EXPECT_EQ(listen(), -97);
-  EXPECT_STREQ(listener->portName, kName);
+  EXPECT_STREQ(listener->portName, kListenerName);
   expectIdle(*listener);
   EXPECT_EQ(listener->callback, nullptr);
-  EXPECT_EQ(portBehind(kName), owner.port);
+  EXPECT_EQ(portBehind(kListenerName), owner.port);
   EXPECT_EQ(sendRightsOf(owner.port), 0u);
 }
 
 TEST_F(PortListener, LeavesANameToAnotherListener) {
   start();
   TestListener second;
-  EXPECT_EQ(second.ListenOnPort(kName, runLoop, tests::ignoreEvent, nullptr), -97);
-  EXPECT_STREQ(second.portName, kName);
+  EXPECT_EQ(second.ListenOnPort(kListenerName, runLoop, tests::ignoreEvent, nullptr), -97);
+  EXPECT_STREQ(second.portName, kListenerName);
   expectIdle(second);
-  EXPECT_EQ(portBehind(kName), ownPort());
+  EXPECT_EQ(portBehind(kListenerName), ownPort());
 }
 
 TEST_F(PortListener, TriesAgainForANameThatIsTakenWithoutHarmToItsOwner) {
-  const OtherPort owner(kName);
+  const OtherPort owner(kListenerName);
   EXPECT_EQ(listen(), -97);
   EXPECT_EQ(listen(), -97);
   EXPECT_EQ(rightsOf(owner.port), MACH_PORT_TYPE_RECEIVE);
-  EXPECT_EQ(portBehind(kName), owner.port);
-  EXPECT_STREQ(listener->portName, kName);
+  EXPECT_EQ(portBehind(kListenerName), owner.port);
+  EXPECT_STREQ(listener->portName, kListenerName);
 }
 
 TEST_F(PortListener, RejectsAnotherNameAfterOneThatWasTaken) {
-  const OtherPort owner(kName);
+  const OtherPort owner(kListenerName);
   EXPECT_EQ(listen(), -97);
   EXPECT_EQ(listen("com.quorvant.test.other"), paramErr);
 }
 
 TEST_F(PortListener, GetsANameOnceItsOwnerHasGone) {
-  std::optional<OtherPort> owner(std::in_place, kName);
+  std::optional<OtherPort> owner(std::in_place, kListenerName);
   EXPECT_EQ(listen(), -97);
   owner.reset();
   EXPECT_EQ(listen(), 0);
-  EXPECT_EQ(portBehind(kName), ownPort());
+  EXPECT_EQ(portBehind(kListenerName), ownPort());
 }
 
 // -- What has to be made --
@@ -352,7 +352,7 @@ TEST_F(PortListener, ReportsThatNoPortCanBeMade) {
   calls->machPortCreate.instead = [] { return CFMachPortRef(nullptr); };
   EXPECT_EQ(listen(), SInt32(0xE00002BE));
   expectIdle(*listener);
-  EXPECT_STREQ(listener->portName, kName);
+  EXPECT_STREQ(listener->portName, kListenerName);
   EXPECT_EQ(calls->createSource.count, 0);
 }
 
@@ -384,7 +384,7 @@ TEST_F(PortListener, PassesOnThatTheNameCannotBeRegistered) {
   calls->registerName.instead = [](const char*, mach_port_t) { return BOOTSTRAP_NOT_PRIVILEGED; };
   EXPECT_EQ(listen(), BOOTSTRAP_NOT_PRIVILEGED);
   EXPECT_EQ(listener->registeredPort, MACH_PORT_NULL);
-  EXPECT_STREQ(listener->portName, kName);
+  EXPECT_STREQ(listener->portName, kListenerName);
   EXPECT_EQ(listener->callback, tests::ignoreEvent);
   EXPECT_FALSE(isServed(runLoop));
 }
@@ -395,7 +395,7 @@ TEST_F(PortListener, DoesNotRegisterWhatALookUpAlreadyFinds) {
   calls->registerName.instead = nullptr;
   mach_port_t bootstrap = MACH_PORT_NULL;
   task_get_special_port(mach_task_self(), TASK_BOOTSTRAP_PORT, &bootstrap);
-  ASSERT_EQ(bootstrap_register(bootstrap, kName, ownPort()), BOOTSTRAP_SUCCESS);
+  ASSERT_EQ(bootstrap_register(bootstrap, kListenerName, ownPort()), BOOTSTRAP_SUCCESS);
   forgetCalls();
   EXPECT_EQ(listen(), 0);
   EXPECT_EQ(calls->registerName.count, 0);
@@ -407,7 +407,7 @@ TEST_F(PortListener, StoresANewCallbackAndRefconForTheSameName) {
   start();
   const auto other = [](UInt32, UInt32, const AEDesc*, AEDesc*, void*) -> SInt32 { return 1; };
   int refcon = 0;
-  EXPECT_EQ(listener->ListenOnPort(kName, runLoop, other, &refcon), 0);
+  EXPECT_EQ(listener->ListenOnPort(kListenerName, runLoop, other, &refcon), 0);
   EXPECT_EQ(listener->callback, QRLAEDispatchCallback(other));
   EXPECT_EQ(listener->refcon, &refcon);
 }
@@ -415,10 +415,10 @@ TEST_F(PortListener, StoresANewCallbackAndRefconForTheSameName) {
 TEST_F(PortListener, MayBeGivenItsOwnNameAgain) {
   start();
   EXPECT_EQ(listen(listener->portName), 0);
-  EXPECT_STREQ(listener->portName, kName);
+  EXPECT_STREQ(listener->portName, kListenerName);
   CFMachPortInvalidate(listener->machPort);
   EXPECT_EQ(listen(listener->portName), 0);
-  EXPECT_EQ(portBehind(kName), ownPort());
+  EXPECT_EQ(portBehind(kListenerName), ownPort());
 }
 
 TEST_F(PortListener, IsServedByASecondRunLoopToo) {
@@ -427,16 +427,16 @@ TEST_F(PortListener, IsServedByASecondRunLoopToo) {
   EXPECT_TRUE(tests::whileServing([&] {
     second = CFRunLoopGetCurrent();
     EXPECT_FALSE(isServed(second));
-    EXPECT_EQ(listener->ListenOnPort(kName, second, tests::ignoreEvent, nullptr), 0);
+    EXPECT_EQ(listener->ListenOnPort(kListenerName, second, tests::ignoreEvent, nullptr), 0);
     EXPECT_TRUE(isServed(second));
   }));
   EXPECT_TRUE(isServed(runLoop));
 }
 
 TEST_F(PortListener, ListensWithoutARunLoop) {
-  EXPECT_EQ(listener->ListenOnPort(kName, nullptr, tests::ignoreEvent, nullptr), 0);
+  EXPECT_EQ(listener->ListenOnPort(kListenerName, nullptr, tests::ignoreEvent, nullptr), 0);
   EXPECT_FALSE(isServed(runLoop));
-  EXPECT_EQ(portBehind(kName), ownPort());
+  EXPECT_EQ(portBehind(kListenerName), ownPort());
   EXPECT_EQ(listen(), 0);
   EXPECT_TRUE(isServed(runLoop));
 }
@@ -449,10 +449,10 @@ TEST_F(PortListener, RebuildsAnInvalidatedPort) {
   CFMachPortInvalidate(listener->machPort);
   EXPECT_EQ(rightsOf(old), MACH_PORT_TYPE_NONE);
   EXPECT_EQ(listener->registeredPort, MACH_PORT_NULL);
-  EXPECT_EQ(portBehind(kName), MACH_PORT_NULL);
+  EXPECT_EQ(portBehind(kListenerName), MACH_PORT_NULL);
   EXPECT_EQ(listen(), 0);
   EXPECT_EQ(listener->registeredPort, ownPort());
-  EXPECT_EQ(portBehind(kName), ownPort());
+  EXPECT_EQ(portBehind(kListenerName), ownPort());
   EXPECT_TRUE(isServed(runLoop));
 }
 
@@ -461,19 +461,19 @@ TEST_F(PortListener, RebuildsAPortThatWasDestroyedUnderneath) {
   ASSERT_EQ(mach_port_destroy(mach_task_self(), ownPort()), KERN_SUCCESS);
   EXPECT_EQ(listener->registeredPort, MACH_PORT_NULL);
   EXPECT_EQ(listen(), 0);
-  EXPECT_EQ(portBehind(kName), ownPort());
+  EXPECT_EQ(portBehind(kListenerName), ownPort());
   EXPECT_EQ(rightsOf(ownPort()) & MACH_PORT_TYPE_RECEIVE, MACH_PORT_TYPE_RECEIVE);
 }
 
 TEST_F(PortListener, LosesItsNameToAnotherWhileItsPortIsDead) {
   start();
   CFMachPortInvalidate(listener->machPort);
-  const OtherPort thief(kName);
+  const OtherPort thief(kListenerName);
   EXPECT_EQ(listen(), -97);
-  EXPECT_STREQ(listener->portName, kName);
+  EXPECT_STREQ(listener->portName, kListenerName);
   EXPECT_EQ(listener->machPort, nullptr);
   EXPECT_EQ(rightsOf(thief.port), MACH_PORT_TYPE_RECEIVE);
-  EXPECT_EQ(portBehind(kName), thief.port);
+  EXPECT_EQ(portBehind(kListenerName), thief.port);
 }
 
 TEST_F(PortListener, DestroysItsRegisteredPortOnly) {
@@ -506,9 +506,9 @@ TEST_F(PortListener, DeallocatesAllButItsName) {
   const mach_port_t port = ownPort();
   EXPECT_EQ(listener->Deallocate(-1234), -1234);
   expectIdle(*listener);
-  EXPECT_STREQ(listener->portName, kName);
+  EXPECT_STREQ(listener->portName, kListenerName);
   EXPECT_EQ(rightsOf(port), MACH_PORT_TYPE_NONE);
-  EXPECT_EQ(portBehind(kName), MACH_PORT_NULL);
+  EXPECT_EQ(portBehind(kListenerName), MACH_PORT_NULL);
 }
 
 TEST_F(PortListener, LooksItsNameUpOnceMoreWhenDeallocated) {
@@ -520,7 +520,7 @@ TEST_F(PortListener, LooksItsNameUpOnceMoreWhenDeallocated) {
   };
   EXPECT_EQ(listener->Deallocate(0), 0);
   EXPECT_EQ(calls->lookUp.count, 1);
-  EXPECT_EQ(name, kName);
+  EXPECT_EQ(name, kListenerName);
 }
 
 TEST_F(PortListener, HasNothingToDeallocateWhenIdle) {
@@ -533,7 +533,7 @@ TEST_F(PortListener, ListensAgainAfterItWasDeallocated) {
   EXPECT_EQ(listener->Deallocate(0), 0);
   EXPECT_EQ(listen("com.quorvant.test.other"), paramErr);
   EXPECT_EQ(listen(), 0);
-  EXPECT_EQ(portBehind(kName), ownPort());
+  EXPECT_EQ(portBehind(kListenerName), ownPort());
 }
 
 TEST_F(PortListener, FreesItsNameAndObjectsWithItself) {
@@ -544,7 +544,7 @@ TEST_F(PortListener, FreesItsNameAndObjectsWithItself) {
   CFRetain(kept);
   CFRetain(source);
   listener.reset();
-  EXPECT_EQ(portBehind(kName), MACH_PORT_NULL);
+  EXPECT_EQ(portBehind(kListenerName), MACH_PORT_NULL);
   EXPECT_EQ(rightsOf(port), MACH_PORT_TYPE_NONE);
   EXPECT_FALSE(CFMachPortIsValid(kept));
   EXPECT_FALSE(CFRunLoopSourceIsValid(source));
@@ -557,10 +557,10 @@ TEST_F(PortListener, FreesItsNameAndObjectsWithItself) {
 TEST_F(PortListener, LeavesNoDescriptorsOpen) {
   const auto live = [this] {
     TestListener shortLived;
-    EXPECT_EQ(shortLived.ListenOnPort(kName, runLoop, tests::ignoreEvent, nullptr), 0);
+    EXPECT_EQ(shortLived.ListenOnPort(kListenerName, runLoop, tests::ignoreEvent, nullptr), 0);
     TestListener second;
-    EXPECT_EQ(second.ListenOnPort(kName, runLoop, tests::ignoreEvent, nullptr), -97);
-    EXPECT_EQ(shortLived.ListenOnPort(kName, runLoop, tests::ignoreEvent, nullptr), 0);
+    EXPECT_EQ(second.ListenOnPort(kListenerName, runLoop, tests::ignoreEvent, nullptr), -97);
+    EXPECT_EQ(shortLived.ListenOnPort(kListenerName, runLoop, tests::ignoreEvent, nullptr), 0);
   };
   live();
   const std::ptrdiff_t before = tests::openDescriptors();
@@ -617,7 +617,7 @@ TEST_F(PortListener, FindsARegisteredPort) {
 
 TEST_F(PortListener, PassesOnThatANameIsUnknown) {
   unsigned int port = 55;
-  EXPECT_EQ(TestListener::CheckPortRegistered(kName, port), BOOTSTRAP_UNKNOWN_SERVICE);
+  EXPECT_EQ(TestListener::CheckPortRegistered(kListenerName, port), BOOTSTRAP_UNKNOWN_SERVICE);
   EXPECT_EQ(port, MACH_PORT_NULL);
 }
 
@@ -625,7 +625,7 @@ TEST_F(PortListener, CannotCheckANameWithoutABootstrapPort) {
   const mach_port_t known = std::exchange(TestListener::gBootstrapPort, MACH_PORT_NULL);
   calls->getSpecialPort.instead = [](mach_port_t*) { return KERN_FAILURE; };
   unsigned int port = 55;
-  EXPECT_EQ(TestListener::CheckPortRegistered(kName, port), KERN_FAILURE);
+  EXPECT_EQ(TestListener::CheckPortRegistered(kListenerName, port), KERN_FAILURE);
   EXPECT_EQ(port, MACH_PORT_NULL);
   TestListener::gBootstrapPort = known;
 }

@@ -11,6 +11,9 @@
 
 namespace tests {
 
+/// The name that the listeners of the tests stand under.
+inline constexpr char kListenerName[] = "com.quorvant.test.listener.1.1";
+
 class TestListener : public QRLPortAEMachPortListener {
  public:
   using QRLPortAEMachPortListener::callback;

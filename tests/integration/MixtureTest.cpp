@@ -11,7 +11,7 @@ using tests::mixtures;
 using tests::Outcome;
 using Words = std::vector<std::string>;
 
-constexpr char kServer[] = "com.example.echo.1.1";
+using tests::kEchoPort;
 
 // Numbers whose bytes all differ, so that any confusion of their order shows.
 const char* const kParameters[] = {
@@ -55,18 +55,18 @@ class Mixture : public tests::Integration, public testing::WithParamInterface<te
 INSTANTIATE_TEST_SUITE_P(Of, Mixture, testing::ValuesIn(mixtures()), tests::nameOf);
 
 TEST_P(Mixture, CarriesEveryTypeOverAPort) {
-  Child server = startEchoServer(kServer, *GetParam().server);
-  exchangeEveryType(*server, {kServer, "TesT", "echo"});
+  Child server = startEchoServer(kEchoPort, *GetParam().server);
+  exchangeEveryType(*server, {kEchoPort, "TesT", "echo"});
 }
 
 TEST_P(Mixture, CarriesEveryTypeAsAHighLevelEvent) {
-  Child server = startEchoServer(kServer, *GetParam().server);
-  exchangeEveryType(*server, {"--process", serialNumberOf(kServer), "TesT", "echo"});
+  Child server = startEchoServer(kEchoPort, *GetParam().server);
+  exchangeEveryType(*server, {"--process", serialNumberOf(kEchoPort), "TesT", "echo"});
 }
 
 TEST_P(Mixture, CarriesListsAndRecords) {
-  Child server = startEchoServer(kServer, *GetParam().server);
-  EXPECT_EQ(send({kServer, "TesT", "list"}).output, "----[1]=TEXT:first\n----[2].numb=long:-2\n");
+  Child server = startEchoServer(kEchoPort, *GetParam().server);
+  EXPECT_EQ(send({kEchoPort, "TesT", "list"}).output, "----[1]=TEXT:first\n----[2].numb=long:-2\n");
 }
 
 TEST_P(Mixture, CarriesErrors) {
@@ -95,18 +95,18 @@ TEST_P(Mixture, QuitsTheServer) {
 }
 
 TEST_P(Mixture, LearnsAtOnceThatTheServerWentAway) {
-  Child server = startEchoServer(kServer, *GetParam().server);
-  Child client = startQrl({"send", kServer, "TesT", "hold"}, *GetParam().client);
+  Child server = startEchoServer(kEchoPort, *GetParam().server);
+  Child client = startQrl({"send", kEchoPort, "TesT", "hold"}, *GetParam().client);
   EXPECT_EQ(server->readLine(), "holding");
   server->signal(SIGKILL);
   EXPECT_EQ(client->wait(), 76);
 }
 
 TEST_P(Mixture, SeesTheOthersNames) {
-  Child server = startEchoServer(kServer, *GetParam().server);
+  Child server = startEchoServer(kEchoPort, *GetParam().server);
   Outcome outcome = qrl({"ports"}, *GetParam().client);
-  EXPECT_EQ(outcome.output, std::string(kServer) + "  " + std::to_string(server->pid()) + "  " +
-                                serialNumberOf(kServer) + '\n');
+  EXPECT_EQ(outcome.output, std::string(kEchoPort) + "  " + std::to_string(server->pid()) + "  " +
+                                serialNumberOf(kEchoPort) + '\n');
 }
 
 }  // namespace

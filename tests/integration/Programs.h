@@ -18,6 +18,8 @@ namespace tests {
 
 /// The name of the agent's port.
 extern const char kAgentPort[];
+/// A name for an echo server.
+inline constexpr char kEchoPort[] = "com.example.echo.1.1";
 
 /// The programs of one build.
 struct Build {

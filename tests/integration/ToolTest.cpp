@@ -16,7 +16,7 @@ using testing::HasSubstr;
 using tests::Outcome;
 using Words = std::vector<std::string>;
 
-constexpr char kServer[] = "com.example.echo.1.1";
+using tests::kEchoPort;
 
 class Tool : public tests::Integration {};
 
@@ -47,17 +47,17 @@ TEST_P(BadUse, GivesOneLineAndExitsWith2) {
 INSTANTIATE_TEST_SUITE_P(
     Table, BadUse,
     testing::Values(Words{}, Words{"fly"}, Words{"ports", "--fly"}, Words{"send", "-x"},
-                    Words{"send", kServer, "TesTs", "echo"},
-                    Words{"send", kServer, "TesT", "echo", "--param", "abcd=long:99999999999"},
-                    Words{"send", kServer, "TesT", "echo", "--param", "abcd=wrong:1"},
-                    Words{"send", kServer, "TesT", "echo", "--param", "two\nlines"},
-                    Words{"two\nlines"}, Words{"wait", kServer}));
+                    Words{"send", kEchoPort, "TesTs", "echo"},
+                    Words{"send", kEchoPort, "TesT", "echo", "--param", "abcd=long:99999999999"},
+                    Words{"send", kEchoPort, "TesT", "echo", "--param", "abcd=wrong:1"},
+                    Words{"send", kEchoPort, "TesT", "echo", "--param", "two\nlines"},
+                    Words{"two\nlines"}, Words{"wait", kEchoPort}));
 
 TEST_F(Tool, ExitsWith69WhenNobodyHasTheName) {
-  Outcome outcome = qrl({"send", kServer, "TesT", "echo"});
+  Outcome outcome = qrl({"send", kEchoPort, "TesT", "echo"});
   EXPECT_EQ(outcome.status, 69);
   EXPECT_EQ(outcome.errors, "qrl: there is no port com.example.echo.1.1\n");
-  EXPECT_EQ(qrl({"quit", kServer}).status, 69);
+  EXPECT_EQ(qrl({"quit", kEchoPort}).status, 69);
 }
 
 TEST_F(Tool, ExitsWith69WhenThereIsNoSuchProcess) {
@@ -67,16 +67,16 @@ TEST_F(Tool, ExitsWith69WhenThereIsNoSuchProcess) {
 }
 
 TEST_F(Tool, PrintsErrorAndParametersOfAReplyApart) {
-  Child server = startEchoServer(kServer);
-  Outcome outcome = qrl({"send", kServer, "TesT", "fail"});
+  Child server = startEchoServer(kEchoPort);
+  Outcome outcome = qrl({"send", kEchoPort, "TesT", "fail"});
   EXPECT_EQ(outcome.status, 1);
   EXPECT_EQ(outcome.output, "errs=TEXT:no luck\n");
   EXPECT_EQ(outcome.errors, "errn -600 (procNotFound)\n");
 }
 
 TEST_F(Tool, PrintsAReplyAsJson) {
-  Child server = startEchoServer(kServer);
-  Outcome outcome = qrl({"send", kServer, "TesT", "fail", "--json"});
+  Child server = startEchoServer(kEchoPort);
+  Outcome outcome = qrl({"send", kEchoPort, "TesT", "fail", "--json"});
   EXPECT_EQ(outcome.status, 1);
   EXPECT_EQ(json::parse(outcome.output), json::parse(R"({
     "parameters": [{"key": "errs", "type": "TEXT", "value": "no luck"},
@@ -85,25 +85,26 @@ TEST_F(Tool, PrintsAReplyAsJson) {
 }
 
 TEST_F(Tool, PrintsTheItemsOfListsAndRecords) {
-  Child server = startEchoServer(kServer);
-  EXPECT_EQ(qrl({"send", kServer, "TesT", "list"}).output,
+  Child server = startEchoServer(kEchoPort);
+  EXPECT_EQ(qrl({"send", kEchoPort, "TesT", "list"}).output,
             "----[1]=TEXT:first\n----[2].numb=long:-2\n");
 }
 
 TEST_F(Tool, ExitsWith124WhenTheAnswerDoesNotComeInTime) {
-  Child server = startEchoServer(kServer);
-  EXPECT_EQ(qrl({"send", kServer, "TesT", "hold", "--timeout", "0.2"}).status, 124);
-  EXPECT_EQ(qrl({"send", "--process", serialNumberOf(kServer), "TesT", "hold", "--timeout", "0.2"})
-                .status,
-            124);
+  Child server = startEchoServer(kEchoPort);
+  EXPECT_EQ(qrl({"send", kEchoPort, "TesT", "hold", "--timeout", "0.2"}).status, 124);
+  EXPECT_EQ(
+      qrl({"send", "--process", serialNumberOf(kEchoPort), "TesT", "hold", "--timeout", "0.2"})
+          .status,
+      124);
 }
 
 TEST_F(Tool, GetsALateAnswersSuccessorNotTheLateAnswer) {
-  Child server = startEchoServer(kServer);
-  EXPECT_EQ(qrl({"send", kServer, "TesT", "hold", "--timeout", "0.2"}).status, 124);
+  Child server = startEchoServer(kEchoPort);
+  EXPECT_EQ(qrl({"send", kEchoPort, "TesT", "hold", "--timeout", "0.2"}).status, 124);
   EXPECT_EQ(server->readLine(), "holding");
   EXPECT_TRUE(server->writeLine("go on"));
-  EXPECT_EQ(qrl({"send", kServer, "TesT", "echo", "--param", "numb=long:7"}).output,
+  EXPECT_EQ(qrl({"send", kEchoPort, "TesT", "echo", "--param", "numb=long:7"}).output,
             "numb=long:7\n");
 }
 
@@ -113,40 +114,40 @@ TEST_F(Tool, ListsNoPortsWhereThereAreNone) {
 }
 
 TEST_F(Tool, ListsNamesWithTheirProcesses) {
-  Child server = startEchoServer(kServer);
-  const std::string psn = serialNumberOf(kServer);
+  Child server = startEchoServer(kEchoPort);
+  const std::string psn = serialNumberOf(kEchoPort);
   const std::string pid = std::to_string(server->pid());
   EXPECT_EQ(json::parse(qrl({"ports", "--json"}).output),
-            (json{{{"name", kServer}, {"pid", server->pid()}, {"psn", psn}}}));
-  EXPECT_EQ(qrl({"ports"}).output, std::string(kServer) + "  " + pid + "  " + psn + '\n');
+            (json{{{"name", kEchoPort}, {"pid", server->pid()}, {"psn", psn}}}));
+  EXPECT_EQ(qrl({"ports"}).output, std::string(kEchoPort) + "  " + pid + "  " + psn + '\n');
 }
 
 TEST_F(Tool, DoesNotListADeadProcess) {
-  Child server = startEchoServer(kServer);
+  Child server = startEchoServer(kEchoPort);
   server->signal(SIGKILL);
   EXPECT_EQ(server->wait(), -SIGKILL);
   EXPECT_EQ(qrl({"ports"}).output, "");
 }
 
 TEST_F(Tool, WaitsForANameToAppear) {
-  Child waiting = startQrl({"wait", kServer, "--timeout", "60"});
-  Child server = startEchoServer(kServer);
+  Child waiting = startQrl({"wait", kEchoPort, "--timeout", "60"});
+  Child server = startEchoServer(kEchoPort);
   EXPECT_EQ(waiting->wait(), 0);
 }
 
 TEST_F(Tool, WaitsForANameToGo) {
-  Child server = startEchoServer(kServer);
-  Child waiting = startQrl({"wait", kServer, "--gone", "--timeout", "60"});
+  Child server = startEchoServer(kEchoPort);
+  Child waiting = startQrl({"wait", kEchoPort, "--gone", "--timeout", "60"});
   server->signal(SIGKILL);
   EXPECT_EQ(waiting->wait(), 0);
 }
 
 TEST_F(Tool, ExitsWith124WhenTheNameDoesNotComeOrGoInTime) {
-  EXPECT_EQ(qrl({"wait", kServer, "--timeout", "0.1"}).status, 124);
-  EXPECT_EQ(qrl({"wait", kServer, "--timeout", "0"}).status, 124);
-  Child server = startEchoServer(kServer);
-  EXPECT_EQ(qrl({"wait", kServer, "--timeout", "0"}).status, 0);
-  EXPECT_EQ(qrl({"wait", kServer, "--gone", "--timeout", "0.1"}).status, 124);
+  EXPECT_EQ(qrl({"wait", kEchoPort, "--timeout", "0.1"}).status, 124);
+  EXPECT_EQ(qrl({"wait", kEchoPort, "--timeout", "0"}).status, 124);
+  Child server = startEchoServer(kEchoPort);
+  EXPECT_EQ(qrl({"wait", kEchoPort, "--timeout", "0"}).status, 0);
+  EXPECT_EQ(qrl({"wait", kEchoPort, "--gone", "--timeout", "0.1"}).status, 124);
 }
 
 }  // namespace

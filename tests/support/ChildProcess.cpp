@@ -14,6 +14,7 @@
 #include <stdexcept>
 
 #include "tests/support/Command.h"
+#include "tests/support/Deadline.h"
 
 namespace tests {
 namespace {
@@ -32,11 +33,6 @@ struct Pipe {
   }
   int take(int which) { return std::exchange(ends[which], -1); }
 };
-
-int remainingMilliseconds(Clock::time_point end) {
-  const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now()).count();
-  return left > 0 ? static_cast<int>(left) : 0;
-}
 
 }  // namespace
 

@@ -15,16 +15,12 @@
 #include <stdexcept>
 
 #include "tests/support/Command.h"
+#include "tests/support/Deadline.h"
 
 namespace tests {
 namespace {
 
 using Clock = std::chrono::steady_clock;
-
-int remainingMilliseconds(Clock::time_point end) {
-  const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now()).count();
-  return left > 0 ? static_cast<int>(left) : 0;
-}
 
 int openMaster() {
   const int master = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);

@@ -9,6 +9,7 @@
 
 namespace {
 
+using tests::countOf;
 using tests::Desc;
 
 OSErr append(Desc& list, SInt32 value) {
@@ -19,12 +20,6 @@ Desc makeNumbers(std::initializer_list<SInt32> values) {
   Desc list = tests::makeList();
   for (const SInt32 value : values) EXPECT_EQ(append(list, value), noErr);
   return list;
-}
-
-SInt32 countOf(const Desc& list) {
-  SInt32 count = -1;
-  EXPECT_EQ(AECountItems(&list, &count), noErr);
-  return count;
 }
 
 std::vector<SInt32> numbersOf(const Desc& list) {

@@ -9,15 +9,10 @@
 
 namespace {
 
+using tests::countOf;
 using tests::Desc;
 using tests::parameter;
 using tests::putParameter;
-
-SInt32 countOf(const Desc& record) {
-  SInt32 count = -1;
-  EXPECT_EQ(AECountItems(&record, &count), noErr);
-  return count;
-}
 
 /// The calls of records serve a record and the parameters of an event alike.
 class RecordCalls : public testing::TestWithParam<bool> {

@@ -76,6 +76,13 @@ std::optional<T> valueOf(const Desc& desc) {
   return value;
 }
 
+/// How many items a list or record has; -1 if that cannot be told.
+inline SInt32 countOf(const Desc& list) {
+  SInt32 count = -1;
+  AECountItems(&list, &count);
+  return count;
+}
+
 inline std::string textOf(const Desc& desc) {
   std::string text(static_cast<std::size_t>(desc.size()), '\0');
   AEGetDescData(&desc, text.data(), desc.size());

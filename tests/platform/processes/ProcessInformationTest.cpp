@@ -12,12 +12,13 @@
 #include <fstream>
 
 #include "platform/host/Ticks.h"
+#include "tests/platform/processes/CurrentProcess.h"
 #include "tests/support/ChildProcess.h"
 #include "tests/support/PrivateRoot.h"
 
 namespace {
 
-constexpr ProcessSerialNumber kSelf = {0, kCurrentProcess};
+using tests::kSelf;
 
 class ProcessInformation : public testing::Test {
  protected:

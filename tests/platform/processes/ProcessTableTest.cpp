@@ -10,6 +10,7 @@
 #include <filesystem>
 
 #include "platform/mach/PortSpace.h"
+#include "tests/platform/processes/CurrentProcess.h"
 #include "tests/support/ChildProcess.h"
 #include "tests/support/PrivateRoot.h"
 
@@ -17,7 +18,7 @@ namespace {
 
 using namespace platform;
 
-constexpr ProcessSerialNumber kSelf = {0, kCurrentProcess};
+using tests::kSelf;
 
 class ProcessTable : public testing::Test {
  protected:

@@ -13,12 +13,13 @@
 #include <fstream>
 #include <thread>
 
+#include "tests/platform/processes/CurrentProcess.h"
 #include "tests/support/ChildProcess.h"
 #include "tests/support/PrivateRoot.h"
 
 namespace {
 
-constexpr ProcessSerialNumber kSelf = {0, kCurrentProcess};
+using tests::kSelf;
 
 class Processes : public testing::Test {
  protected:
