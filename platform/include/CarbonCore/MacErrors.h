@@ -32,6 +32,22 @@ enum {
   noUserInteractionAllowed = -610
 };
 
+/* Of files and resources. */
+enum {
+  nsvErr = -35,
+  bdNamErr = -37,
+  wrPermErr = -61,
+  dupFNErr = -48,
+  dirNFErr = -120,
+  writingPastEnd = -189,
+  errFSBadFSRef = -1401,
+  errFSBadInfoBitmap = -1405,
+  errFSRefsDifferent = -1420,
+  pathTooLongErr = -2110,
+  invalidComponentID = -3000,
+  afpAccessDenied = -5000
+};
+
 enum {
   errAECoercionFail = -1700,
   errAEDescNotFound = -1701,
