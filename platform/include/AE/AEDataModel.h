@@ -45,8 +45,13 @@ enum {
   typeBoolean = 'bool', /* one byte, 0 or 1 */
   typeTrue = 'true',    /* no data, as typeFalse and typeNull */
   typeFalse = 'fals',
-  typeChar = 'TEXT', /* text without terminator or length */
-  typeUnicodeText = 'utxt',
+  typeChar = 'TEXT',                        /* MacRoman text without terminator or length */
+  typeCString = 'cstr',                     /* MacRoman up to a 0 byte */
+  typePString = 'pstr',                     /* a length byte, then so many bytes of MacRoman */
+  typeEncodedString = 'encs',               /* a big-endian CFStringEncoding, then text in it */
+  typeUnicodeText = 'utxt',                 /* UTF-16, with or without a byte order mark */
+  typeStyledUnicodeText = 'sutx',           /* the same; there are no styles */
+  typeUTF16ExternalRepresentation = 'ut16', /* UTF-16, big-endian where no mark says otherwise */
   typeUTF8Text = 'utf8',
   typeSInt16 = 'shor',
   typeUInt16 = 'ushr',
@@ -62,6 +67,7 @@ enum {
   typeProperty = 'prop',
   typeApplSignature = 'sign',
   typeProcessSerialNumber = 'psn ', /* two words, high and low */
+  typeKernelProcessID = 'kpid',     /* the host's process ID, 32 bits */
   typeMachPort = 'port',            /* a port name, which means something in this process alone */
   typeQDPoint = 'QDpt',
   typeQDRectangle = 'qdrt',
@@ -93,6 +99,17 @@ enum {
 
 enum { kAutoGenerateReturnID = -1, kAnyTransactionID = 0 };
 
+/* Converts a block, or a descriptor, to the type that it was installed for or, for typeWildCard, is
+   asked for. Makes the result, which is the null descriptor before, or answers errAECoercionFail
+   where it does not know how. */
+typedef OSErr (*AECoercePtrProcPtr)(DescType type, const void* data, Size size, DescType toType,
+                                    SInt32 refcon, AEDesc* result);
+typedef OSErr (*AECoerceDescProcPtr)(const AEDesc* desc, DescType toType, SInt32 refcon,
+                                     AEDesc* result);
+typedef AECoercePtrProcPtr AECoercePtrUPP;
+typedef AECoerceDescProcPtr AECoerceDescUPP;
+typedef void (*AECoercionHandlerUPP)(void); /* one of the two, cast */
+
 EXTERN_API_BEGIN
 
 /* -- Descriptors -- */
@@ -113,10 +130,53 @@ OSErr AEGetDescDataRange(const AEDesc* desc, void* buffer, Size offset, Size len
    what it has. */
 OSErr AEReplaceDescData(DescType type, const void* data, Size size, AEDesc* desc);
 
-/* -- Coercion. A number that does not fit the type asked for is errAECoercionFail. -- */
+/*
+ * -- Coercion. Data is given as it is to who asks for its own type, typeWildCard or typeBest. Else
+ * the handlers that match are tried as AEInstallCoercionHandler says, and then the conversions that
+ * every process knows; what none of them can do is errAECoercionFail:
+ *
+ *   - numbers to each other, a real to the nearest whole number (the even one of two); a number
+ * that does not fit fails;
+ *   - texts to each other; a character that the other form lacks, more than 255 bytes for
+ *     typePString or a 0 byte within for typeCString fails;
+ *   - numbers to text in the shortest form that reads back, and text to them;
+ *   - truth (typeBoolean, typeTrue, typeFalse) to each other, to and from the numbers 0 and 1, the
+ *     texts "true" and "false" and the enumerations 'true' and 'fals', and from 'yes ' and 'no  ';
+ *   - codes to each other and to and from text of four characters;
+ *   - running processes: typeProcessSerialNumber, typeKernelProcessID and typeApplSignature to each
+ *     other, a signature being the first process that has it;
+ *   - typeAppleEvent to typeAERecord, its parameters alone;
+ *   - anything to a list of one, and a list of one to whatever its item can be.
+ *
+ * A block or descriptor is one value: of a packed array nothing can be made. --
+ */
 
 OSErr AECoercePtr(DescType type, const void* data, Size size, DescType toType, AEDesc* result);
 OSErr AECoerceDesc(const AEDesc* desc, DescType toType, AEDesc* result);
+
+AECoercePtrUPP NewAECoercePtrUPP(AECoercePtrProcPtr handler);
+void DisposeAECoercePtrUPP(AECoercePtrUPP handler);
+AECoerceDescUPP NewAECoerceDescUPP(AECoerceDescProcPtr handler);
+void DisposeAECoerceDescUPP(AECoerceDescUPP handler);
+
+/*
+ * The process's coercion handlers, in two tables: the application's, and behind it the system's.
+ * Either type may be typeWildCard, which matches any. Of the handlers that match, the application's
+ * go first; in each table both types named outrank the first one named, that outranks the second
+ * one, and all outrank none. Where one answers errAECoercionFail the next is tried; any other
+ * result is the coercion's. Any thread.
+ */
+
+/* Takes the place of a handler for the same two types. `fromTypeIsDesc` says of which of the two
+   kinds it is: an AECoerceDescUPP or an AECoercePtrUPP. paramErr for a null handler. */
+OSErr AEInstallCoercionHandler(DescType fromType, DescType toType, AECoercionHandlerUPP handler,
+                               SInt32 refcon, Boolean fromTypeIsDesc, Boolean isSystemHandler);
+/* A handler given must be the one installed, null is any: else errAEHandlerNotFound. */
+OSErr AERemoveCoercionHandler(DescType fromType, DescType toType, AECoercionHandlerUPP handler,
+                              Boolean isSystemHandler);
+/* Gives what was installed for exactly these two types: else errAEHandlerNotFound. */
+OSErr AEGetCoercionHandler(DescType fromType, DescType toType, AECoercionHandlerUPP* handler,
+                           SInt32* refcon, Boolean* fromTypeIsDesc, Boolean isSystemHandler);
 
 /*
  * -- Lists and records by index, which counts from 1. Of an event it is the parameters. --

@@ -3,6 +3,7 @@
 #define CORESERVICES_CORESERVICES_H
 
 #include <AE/AEDataModel.h>
+#include <AE/AEHelpers.h>
 #include <AE/AEMach.h>
 #include <AE/AppleEvents.h>
 #include <CarbonCore/Components.h>
