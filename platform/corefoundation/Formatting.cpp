@@ -11,6 +11,8 @@
 #include <cstring>
 #include <new>
 
+#include "platform/text/MacRoman.h"
+
 namespace platform::corefoundation {
 
 namespace {
@@ -198,8 +200,8 @@ void writePointer(Writer& writer, const void* pointer, const Layout& layout) {
 
 void writeCharacter(Writer& writer, const FormatPiece& piece, SInt64 value, const Layout& layout) {
   const bool isWide = piece.conversion == 'C' || piece.lengthModifier == "l";
-  const UniChar unit =
-      isWide ? static_cast<UniChar>(value) : fromMacRoman(static_cast<UInt8>(value));
+  const UniChar unit = isWide ? static_cast<UniChar>(value)
+                              : platform::text::fromMacRoman(static_cast<UInt8>(value));
   Layout whole = layout;
   whole.precision = -1;
   writer.padded(TextView{nullptr, &unit, 1}, whole);

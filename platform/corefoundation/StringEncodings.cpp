@@ -2,8 +2,9 @@
 #include "platform/corefoundation/StringEncodings.h"
 
 #include <algorithm>
-#include <array>
 #include <bit>
+
+#include "platform/text/MacRoman.h"
 
 namespace platform::corefoundation {
 
@@ -12,35 +13,6 @@ namespace {
 constexpr UInt32 kByteOrderMark = 0xFEFF;
 constexpr UInt32 kFirstSupplementary = 0x10000;
 constexpr UInt32 kLastCharacter = 0x10FFFF;
-
-// The characters of MacRoman from 0x80 on, with the euro sign at 0xDB.
-constexpr std::array<UniChar, 128> kMacRoman = {
-    0x00C4, 0x00C5, 0x00C7, 0x00C9, 0x00D1, 0x00D6, 0x00DC, 0x00E1, 0x00E0, 0x00E2, 0x00E4, 0x00E3,
-    0x00E5, 0x00E7, 0x00E9, 0x00E8, 0x00EA, 0x00EB, 0x00ED, 0x00EC, 0x00EE, 0x00EF, 0x00F1, 0x00F3,
-    0x00F2, 0x00F4, 0x00F6, 0x00F5, 0x00FA, 0x00F9, 0x00FB, 0x00FC, 0x2020, 0x00B0, 0x00A2, 0x00A3,
-    0x00A7, 0x2022, 0x00B6, 0x00DF, 0x00AE, 0x00A9, 0x2122, 0x00B4, 0x00A8, 0x2260, 0x00C6, 0x00D8,
-    0x221E, 0x00B1, 0x2264, 0x2265, 0x00A5, 0x00B5, 0x2202, 0x2211, 0x220F, 0x03C0, 0x222B, 0x00AA,
-    0x00BA, 0x03A9, 0x00E6, 0x00F8, 0x00BF, 0x00A1, 0x00AC, 0x221A, 0x0192, 0x2248, 0x2206, 0x00AB,
-    0x00BB, 0x2026, 0x00A0, 0x00C0, 0x00C3, 0x00D5, 0x0152, 0x0153, 0x2013, 0x2014, 0x201C, 0x201D,
-    0x2018, 0x2019, 0x00F7, 0x25CA, 0x00FF, 0x0178, 0x2044, 0x20AC, 0x2039, 0x203A, 0xFB01, 0xFB02,
-    0x2021, 0x00B7, 0x201A, 0x201E, 0x2030, 0x00C2, 0x00CA, 0x00C1, 0x00CB, 0x00C8, 0x00CD, 0x00CE,
-    0x00CF, 0x00CC, 0x00D3, 0x00D4, 0xF8FF, 0x00D2, 0x00DA, 0x00DB, 0x00D9, 0x0131, 0x02C6, 0x02DC,
-    0x00AF, 0x02D8, 0x02D9, 0x02DA, 0x00B8, 0x02DD, 0x02DB, 0x02C7,
-};
-
-struct MacRomanEntry {
-  UniChar unit;
-  UInt8 byte;
-};
-
-constexpr auto kToMacRoman = [] {
-  std::array<MacRomanEntry, 128> table{};
-  for (std::size_t i = 0; i < table.size(); ++i) {
-    table[i] = {kMacRoman[i], static_cast<UInt8>(0x80 + i)};
-  }
-  std::ranges::sort(table, {}, &MacRomanEntry::unit);
-  return table;
-}();
 
 constexpr bool isHighSurrogate(UInt32 unit) { return unit >= 0xD800 && unit < 0xDC00; }
 constexpr bool isLowSurrogate(UInt32 unit) { return unit >= 0xDC00 && unit < 0xE000; }
@@ -170,7 +142,7 @@ std::optional<UInt8> encodeByte(UInt32 character, CFStringEncoding encoding) {
   if (encoding != kCFStringEncodingMacRoman || character >= kFirstSupplementary) {
     return std::nullopt;
   }
-  return toMacRoman(static_cast<UniChar>(character));
+  return text::toMacRoman(static_cast<UniChar>(character));
 }
 
 }  // namespace
@@ -196,15 +168,6 @@ bool isASCII(Bytes bytes) {
 
 bool isASCII(Units units) {
   return std::ranges::all_of(units, [](UniChar unit) { return unit < 0x80; });
-}
-
-UniChar fromMacRoman(UInt8 byte) { return byte < 0x80 ? byte : kMacRoman[byte - 0x80U]; }
-
-std::optional<UInt8> toMacRoman(UniChar unit) {
-  if (unit < 0x80) return static_cast<UInt8>(unit);
-  const auto found = std::ranges::lower_bound(kToMacRoman, unit, {}, &MacRomanEntry::unit);
-  if (found == kToMacRoman.end() || found->unit != unit) return std::nullopt;
-  return found->byte;
 }
 
 CFStringEncoding takeByteOrderMark(Bytes& bytes, CFStringEncoding encoding) {
@@ -241,7 +204,7 @@ void decode(Bytes bytes, CFStringEncoding encoding, UniChar* units) {
   } else if (isUTF16(encoding)) {
     decodeUTF16(bytes, isBigEndian(encoding), units);
   } else if (encoding == kCFStringEncodingMacRoman) {
-    std::ranges::transform(bytes, units, fromMacRoman);
+    std::ranges::transform(bytes, units, text::fromMacRoman);
   } else {
     std::ranges::copy(bytes, units);
   }

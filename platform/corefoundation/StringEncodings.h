@@ -23,9 +23,6 @@ CFIndex bytesPerUnit(CFStringEncoding encoding);
 bool isASCII(Bytes bytes);
 bool isASCII(Units units);
 
-UniChar fromMacRoman(UInt8 byte);
-std::optional<UInt8> toMacRoman(UniChar unit);
-
 /// Takes a byte order mark off the front of the bytes. Gives the encoding that it or, where there
 /// is none, the outer world's convention says.
 CFStringEncoding takeByteOrderMark(Bytes& bytes, CFStringEncoding encoding);

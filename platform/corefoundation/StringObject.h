@@ -11,6 +11,7 @@
 #include "platform/corefoundation/CFRuntime.h"
 #include "platform/corefoundation/GrowingBuffer.h"
 #include "platform/corefoundation/StringEncodings.h"
+#include "platform/text/MacRoman.h"
 
 namespace platform::corefoundation {
 
@@ -21,7 +22,7 @@ struct TextView {
   CFIndex length = 0;
 
   UniChar operator[](CFIndex index) const {
-    return wide != nullptr ? wide[index] : fromMacRoman(narrow[index]);
+    return wide != nullptr ? wide[index] : platform::text::fromMacRoman(narrow[index]);
   }
   Bytes bytes() const { return {narrow, static_cast<std::size_t>(length)}; }
   Units units() const { return {wide, static_cast<std::size_t>(length)}; }
