@@ -6,8 +6,11 @@
 
 #include <cstdint>
 #include <mutex>
+#include <new>
 #include <optional>
 #include <unordered_map>
+
+#include "platform/memory/Allocation.h"
 
 namespace platform::memory {
 
@@ -16,7 +19,9 @@ namespace platform::memory {
 template <typename Record>
 class BlockTable {
  public:
+  /// std::bad_alloc is the caller's.
   void add(const void* address, const Record& record) {
+    if (!mayAllocate()) throw std::bad_alloc();
     std::lock_guard lock(mutex);
     records.insert_or_assign(disguise(address), record);
   }

@@ -3,12 +3,13 @@
 // are in the table, out of the reach of a program that writes past its block.
 #include <CarbonCore/MacMemory.h>
 
-#include <algorithm>
 #include <atomic>
 #include <cstdlib>
-#include <cstring>
+#include <functional>
+#include <limits>
 #include <new>
 
+#include "platform/memory/Allocation.h"
 #include "platform/memory/BlockTable.h"
 #include "platform/memory/HandleTable.h"
 #include "platform/memory/MemoryError.h"
@@ -32,13 +33,13 @@ BlockTable<HandleRecord>& handles() {
 
 Ptr allocateBlock(Size size, bool clear) {
   if (size < 0) return nullptr;
-  const std::size_t length = size == 0 ? 1 : static_cast<std::size_t>(size);
-  return static_cast<Ptr>(clear ? std::calloc(1, length) : std::malloc(length));
+  const auto length = static_cast<std::size_t>(size);
+  return static_cast<Ptr>(clear ? allocateCleared(length) : allocate(length));
 }
 
 /// A handle that owns the block, which may be null; null when there is no memory.
 Handle adoptBlock(Ptr block, Size size) {
-  auto* handle = static_cast<Handle>(std::malloc(sizeof(Ptr)));
+  auto* handle = static_cast<Handle>(allocate(sizeof(Ptr)));
   if (handle == nullptr) return nullptr;
   *handle = block;
   try {
@@ -92,14 +93,14 @@ OSErr resize(Handle handle, const HandleRecord& record, Size size) {
     setSize(handle, size, record.capacity);
     return noErr;
   }
-  void* block = std::realloc(*handle, static_cast<std::size_t>(std::max<Size>(size, 1)));
+  void* block = reallocate(*handle, static_cast<std::size_t>(size));
   if (block == nullptr) return memFullErr;
   *handle = static_cast<Ptr>(block);
   setSize(handle, size, size);
   return noErr;
 }
 
-OSErr reallocate(Handle handle, const HandleRecord& record, Size size) {
+OSErr giveFreshBlock(Handle handle, const HandleRecord& record, Size size) {
   if ((record.state & kHandleLockedMask) != 0) return memLockedErr;
   Ptr block = allocateBlock(size, false);
   if (block == nullptr) return memFullErr;
@@ -107,6 +108,25 @@ OSErr reallocate(Handle handle, const HandleRecord& record, Size size) {
   *handle = block;
   setSize(handle, size, size);
   handles().update(handle, [](HandleRecord& changed) { changed.state &= kHandleIsResourceMask; });
+  return noErr;
+}
+
+/// How far into the block of a handle an address points; nothing if it points elsewhere.
+std::optional<Size> offsetWithin(Handle handle, Size size, const void* address) {
+  const std::less_equal<const void*> notAfter;
+  if (!notAfter(*handle, address) || notAfter(*handle + size, address)) return std::nullopt;
+  return static_cast<const char*>(address) - *handle;
+}
+
+OSErr append(Handle handle, const HandleRecord& record, const void* bytes, Size size) {
+  if (size < 0 || size > std::numeric_limits<Size>::max() - record.size) return memFullErr;
+  if (size == 0) return noErr;
+  if (bytes == nullptr) return paramErr;
+  const std::optional<Size> offset = offsetWithin(handle, record.size, bytes);
+  const OSErr result = resize(handle, record, record.size + size);
+  if (result != noErr) return result;
+  const void* source = offset ? *handle + *offset : bytes;
+  BlockMoveData(source, *handle + record.size, size);
   return noErr;
 }
 
@@ -135,6 +155,12 @@ Handle NewEmptyHandle(void) {
   return handle;
 }
 
+Handle TempNewHandle(Size size, OSErr* result) {
+  Handle handle = newHandle(size, false);
+  if (result != nullptr) *result = MemError();
+  return handle;
+}
+
 void DisposeHandle(Handle handle) {
   auto record = handles().remove(handle);
   if (!record) {
@@ -160,7 +186,12 @@ void SetHandleSize(Handle handle, Size size) {
 
 void ReallocateHandle(Handle handle, Size size) {
   auto record = handles().find(handle);
-  setMemError(record ? reallocate(handle, *record, size) : OSErr{memWZErr});
+  setMemError(record ? giveFreshBlock(handle, *record, size) : OSErr{memWZErr});
+}
+
+OSErr PtrAndHand(const void* bytes, Handle handle, Size size) {
+  auto record = recordOfBlock(handle);
+  return record ? setMemError(append(handle, *record, bytes, size)) : MemError();
 }
 
 void EmptyHandle(Handle handle) {

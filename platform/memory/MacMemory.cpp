@@ -5,6 +5,7 @@
 #include <cstring>
 #include <new>
 
+#include "platform/memory/Allocation.h"
 #include "platform/memory/BlockTable.h"
 #include "platform/memory/MemoryError.h"
 
@@ -25,8 +26,8 @@ BlockTable<PointerRecord>& pointers() {
 
 Ptr allocatePointer(Size size, bool clear) {
   if (size < 0) return nullptr;
-  const std::size_t length = size == 0 ? 1 : static_cast<std::size_t>(size);
-  void* block = clear ? std::calloc(1, length) : std::malloc(length);
+  const auto length = static_cast<std::size_t>(size);
+  void* block = clear ? allocateCleared(length) : allocate(length);
   if (block == nullptr) return nullptr;
   try {
     pointers().add(block, {size});

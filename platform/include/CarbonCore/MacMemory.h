@@ -35,6 +35,9 @@ Handle NewHandle(Size size);
 Handle NewHandleClear(Size size);
 /* A handle without a block. */
 Handle NewEmptyHandle(void);
+/* A handle in temporary memory, which is the same memory on this host. The result is stored as well
+   as told by MemError; `result` may be null. */
+Handle TempNewHandle(Size size, OSErr* result);
 /* Frees block and master pointer, locked or not. A resource that is disposed of counts as not
  * loaded. */
 void DisposeHandle(Handle handle);
@@ -47,6 +50,9 @@ void SetHandleSize(Handle handle, Size size);
 /* Gives the handle a fresh block of that size, with undefined contents, unlocked and unpurgeable. A
    locked handle is memLockedErr. */
 void ReallocateHandle(Handle handle, Size size);
+/* Appends bytes, which may lie in the block itself, and answers MemError. A locked block never
+   moves; null bytes of a size above 0 are paramErr. */
+OSErr PtrAndHand(const void* bytes, Handle handle, Size size);
 /* Frees the block and keeps the handle. A locked handle is memPurErr. */
 void EmptyHandle(Handle handle);
 
