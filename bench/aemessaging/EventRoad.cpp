@@ -13,12 +13,13 @@ namespace {
 
 constexpr AEEventClass kClass = 'BncH';
 constexpr AEEventID kAsk = 'Ask ';
-constexpr SInt32 kPatience = 60 * 60;  // ticks
+constexpr DescType kContents = 'bytz';  // of no type that anybody converts
+constexpr SInt32 kPatience = 60 * 60;   // ticks
 
 // The client
 
 void addContents(AppleEvent& event, const std::vector<char>& contents) {
-  require(AEPutParamPtr(&event, keyDirectObject, typeData, contents.data(),
+  require(AEPutParamPtr(&event, keyDirectObject, kContents, contents.data(),
                         static_cast<Size>(contents.size())) == noErr,
           "no parameter");
 }
@@ -98,9 +99,9 @@ OSErr answer(const AppleEvent* event, AppleEvent* reply, SInt32) {
   OSErr error = AESizeOfParam(event, keyDirectObject, &type, &size);
   if (error != noErr) return error;
   contents.resize(std::max(contents.size(), static_cast<std::size_t>(size)));
-  error = AEGetParamPtr(event, keyDirectObject, typeData, &type, contents.data(), size, &size);
+  error = AEGetParamPtr(event, keyDirectObject, kContents, &type, contents.data(), size, &size);
   if (error != noErr) return error;
-  return AEPutParamPtr(reply, keyDirectObject, typeData, contents.data(), size);
+  return AEPutParamPtr(reply, keyDirectObject, kContents, contents.data(), size);
 }
 
 SInt32 dispatch(UInt32 eventClass, UInt32 eventID, const AEDesc* event, AEDesc* reply, void*) {
