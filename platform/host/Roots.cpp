@@ -1,8 +1,10 @@
 // Licence: MIT, see LICENSE.
 #include "platform/host/Roots.h"
 
+#include <pwd.h>
 #include <unistd.h>
 
+#include <array>
 #include <cstdlib>
 
 namespace platform::host {
@@ -12,6 +14,15 @@ namespace {
 std::string environment(const char* name) {
   const char* value = std::getenv(name);
   return value == nullptr ? std::string() : std::string(value);
+}
+
+/// Empty if the database has no such user.
+std::string homeOfUser(uid_t user) {
+  std::array<char, 4096> texts{};
+  struct passwd entry {};
+  struct passwd* found = nullptr;
+  if (getpwuid_r(user, &entry, texts.data(), texts.size(), &found) != 0) return {};
+  return found == nullptr || found->pw_dir == nullptr ? std::string() : found->pw_dir;
 }
 
 }  // namespace
@@ -31,6 +42,15 @@ std::string userNameSpacePath() {
     return runtime + "/quorvant";
   }
   return geteuid() == 0 ? systemNameSpacePath() : "/tmp/quorvant-" + user;
+}
+
+std::string homePath() {
+  std::string home = environment("HOME");
+  if (home.empty()) home = homeOfUser(geteuid());
+  while (!home.empty() && home.back() == '/') home.pop_back();
+  if (!home.empty() && home.front() != '/') home.clear();
+  home = rootPath() + home;
+  return home.empty() ? "/" : home;
 }
 
 std::string systemNameSpacePath() { return rootPath() + "/run/quorvant"; }

@@ -19,6 +19,9 @@ std::string userNameSpacePath();
 /// The directory of the system's name space, to which look-ups fall back.
 std::string systemNameSpacePath();
 
+/// This user's home, below the root: HOME, else what the user database says; "/" if neither tells.
+std::string homePath();
+
 }  // namespace platform::host
 
 #endif

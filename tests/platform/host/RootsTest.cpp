@@ -2,6 +2,7 @@
 #include "platform/host/Roots.h"
 
 #include <gtest/gtest.h>
+#include <pwd.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -10,6 +11,7 @@
 namespace tests {
 namespace {
 
+using platform::host::homePath;
 using platform::host::rootPath;
 using platform::host::systemNameSpacePath;
 using platform::host::userNameSpacePath;
@@ -70,6 +72,33 @@ TEST(Roots, FallBackToAPrivateFolder) {
   const Variable runtime("XDG_RUNTIME_DIR", nullptr);
   const std::string expected = geteuid() == 0 ? "/run/quorvant" : "/tmp/quorvant-" + kUser;
   EXPECT_EQ(expected, userNameSpacePath());
+}
+
+TEST(HomePath, IsTheUsersBelowTheRoot) {
+  Variable home("HOME", "/home/somebody/");
+  Variable root("QRL_ROOT", nullptr);
+  EXPECT_EQ(homePath(), "/home/somebody");
+  Variable moved("QRL_ROOT", "/moved/");
+  EXPECT_EQ(homePath(), "/moved/home/somebody");
+}
+
+TEST(HomePath, ComesFromTheUserDatabaseWhereTheEnvironmentIsSilent) {
+  Variable root("QRL_ROOT", "/moved");
+  const passwd* entry = getpwuid(geteuid());
+  std::string expected = entry == nullptr ? "" : entry->pw_dir;
+  if (expected == "/") expected.clear();
+  for (const char* silent : {static_cast<const char*>(nullptr), ""}) {
+    Variable home("HOME", silent);
+    EXPECT_EQ(homePath(), "/moved" + expected);
+  }
+}
+
+TEST(HomePath, IsTheRootItselfWhenItCannotBeAPath) {
+  Variable home("HOME", "relative");
+  Variable root("QRL_ROOT", nullptr);
+  EXPECT_EQ(homePath(), "/");
+  Variable moved("QRL_ROOT", "/moved");
+  EXPECT_EQ(homePath(), "/moved");
 }
 
 }  // namespace
