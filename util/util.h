@@ -3,7 +3,12 @@
 #ifndef QUORVANT_UTIL_UTIL_H
 #define QUORVANT_UTIL_UTIL_H
 
+#include <quorvant/util/ByteDumps.h>
+#include <quorvant/util/HandleUtils.h>
+#include <quorvant/util/OSTypeStrings.h>
 #include <quorvant/util/QRLExport.h>
 #include <quorvant/util/QRLTypes.h>
+#include <quorvant/util/StringUtils.h>
+#include <quorvant/util/VersionStrings.h>
 
 #endif
