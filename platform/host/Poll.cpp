@@ -58,6 +58,20 @@ short eventsOf(Interest::In in) {
   return POLLIN | POLLOUT;
 }
 
+std::uint32_t eventsOf(Poll::Reporting reporting) {
+  switch (reporting) {
+    case Poll::Reporting::kHangUps:
+      return 0;
+    case Poll::Reporting::kInput:
+      return EPOLLIN;
+    case Poll::Reporting::kOutput:
+      return EPOLLOUT;
+    case Poll::Reporting::kBoth:
+      break;
+  }
+  return EPOLLIN | EPOLLOUT;
+}
+
 Status control(const Descriptor& poll, int operation, const Descriptor& member,
                std::uint32_t events, std::uint64_t key) {
   epoll_event event{};
@@ -84,8 +98,7 @@ void Poll::remove(const Descriptor& descriptor) {
 }
 
 Status Poll::report(const Descriptor& descriptor, std::uint64_t key, Reporting reporting) {
-  const std::uint32_t events = reporting == Reporting::kOn ? std::uint32_t{EPOLLIN} : 0;
-  return control(poll, EPOLL_CTL_MOD, descriptor, events, key);
+  return control(poll, EPOLL_CTL_MOD, descriptor, eventsOf(reporting), key);
 }
 
 std::size_t Poll::wait(std::span<std::uint64_t> keys, Deadline deadline) const {

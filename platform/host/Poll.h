@@ -21,8 +21,8 @@ class Poll final {
 
   Status add(const Descriptor& descriptor, std::uint64_t key);
   void remove(const Descriptor& descriptor);
-  /// Keeps a member but stops reporting its input, or reports it again.
-  enum class Reporting { kOff, kOn };
+  /// What is reported of a member: hang-ups always, at first its input.
+  enum class Reporting { kHangUps, kInput, kOutput, kBoth };
   Status report(const Descriptor& descriptor, std::uint64_t key, Reporting reporting);
 
   /// Waits until a member is ready or the deadline passes. Stores the keys of ready members and

@@ -1,6 +1,8 @@
 // Licence: MIT, see LICENSE.
 #include "platform/host/SeqPacket.h"
 
+#include <linux/sockios.h>
+#include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <sys/uio.h>
 #include <unistd.h>
@@ -67,6 +69,12 @@ std::size_t packetLimit(const Descriptor& connection) {
   getsockopt(connection.number(), SOL_SOCKET, SO_SNDBUF, &size, &length);
   const std::size_t buffer = size > 0 ? static_cast<std::size_t>(size) : 0;
   return buffer > kPacketOverhead ? buffer - kPacketOverhead : 0;
+}
+
+std::size_t untakenBytes(const Descriptor& connection) {
+  int count = 0;
+  if (ioctl(connection.number(), SIOCOUTQ, &count) == -1 || count < 0) return 0;
+  return static_cast<std::size_t>(count);
 }
 
 Status sendPacket(const Descriptor& connection, std::span<const std::byte> head,

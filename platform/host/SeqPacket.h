@@ -31,6 +31,9 @@ int currentProcess();
 /// The most bytes that one packet on this connection may have.
 std::size_t packetLimit(const Descriptor& connection);
 
+/// How much was sent that the other end has not taken yet, 0 if the host cannot tell.
+std::size_t untakenBytes(const Descriptor& connection);
+
 /// Sends one packet made of two parts, with a descriptor unless `passed` is null.
 Status sendPacket(const Descriptor& connection, std::span<const std::byte> head,
                   std::span<const std::byte> body, const Descriptor* passed);

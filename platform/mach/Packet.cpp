@@ -45,6 +45,12 @@ std::optional<Buffer> makeBuffer(std::size_t size) {
   return buffer;
 }
 
+std::optional<Buffer> copyOf(Bytes body) {
+  std::optional<Buffer> copy = makeBuffer(body.size());
+  if (copy && !body.empty()) std::memcpy(copy->memory.get(), body.data(), body.size());
+  return copy;
+}
+
 std::array<std::byte, kPacketHeaderSize> encodeHeader(const PacketHeader& header) {
   std::array<std::byte, kPacketHeaderSize> bytes{};
   putWord(bytes.data(), kMagic);
@@ -84,9 +90,8 @@ Assembler::Outcome Assembler::feed(Bytes packet) {
     case PacketHeader::Kind::kFirst:
       return begin(*header, rest);
     case PacketHeader::Kind::kAbandoned:
-      if (!rest.empty() || header->inMemoryFile || header->destination == 0 || header->total != 0) {
-        return Outcome::kMalformed;
-      }
+      if (header->destination == 0 || header->reply != 0) return Outcome::kMalformed;
+      if (!rest.empty() || header->inMemoryFile || header->total != 0) return Outcome::kMalformed;
       return begin(*header, rest);
     case PacketHeader::Kind::kContinuation:
       break;

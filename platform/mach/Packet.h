@@ -48,6 +48,9 @@ std::optional<PacketHeader> decodeHeader(Bytes packet);
 /// Makes a buffer of this size; none when memory is exhausted. The bytes are not set.
 std::optional<Buffer> makeBuffer(std::size_t size);
 
+/// A buffer with these bytes; none when memory is exhausted.
+std::optional<Buffer> copyOf(Bytes body);
+
 /// Puts the packets of one connection together. Never holds more memory than it was fed.
 class Assembler final {
  public:

@@ -52,12 +52,18 @@ std::vector<Port::DeathNotice> takeDeathNotices(Port& port) {
   return notices;
 }
 
-// Spares others the finding out that a process which ended in good order is gone.
-void removeAllNames() {
+// Spares others the finding out that a process which ended in good order is gone, and lets them
+// have its last answers.
+void takeLeave() {
   if (host::currentProcess() != space().process)
     return;  // a child that was split off holds no names
   Lock lock(space().mutex);
-  removeNames(lock, std::vector<std::shared_ptr<Listener>>(space().listeners));
+  const std::vector<std::shared_ptr<Listener>> listeners = space().listeners;
+  removeNames(lock, listeners);
+  for (const std::shared_ptr<Listener>& listener : listeners) {
+    const std::shared_ptr<Port> port = listener->port.lock();
+    if (port) drainBacklogs(lock, std::vector<std::shared_ptr<Connection>>(port->accepted));
+  }
 }
 
 }  // namespace
@@ -111,7 +117,7 @@ std::shared_ptr<Port> findPort(mach_port_name_t name) {
 void addListener(const std::shared_ptr<Port>& port, const std::shared_ptr<Listener>& listener) {
   if (space().process == 0) {
     space().process = host::currentProcess();
-    static_cast<void>(std::atexit(removeAllNames));
+    static_cast<void>(std::atexit(takeLeave));
   }
   listener->port = port;
   port->listeners.push_back(listener);
@@ -179,6 +185,7 @@ void killPort(Lock& lock, std::shared_ptr<Port> port) {
   for (const std::shared_ptr<Listener>& listener : std::exchange(port->listeners, {})) {
     closeListener(listener);
   }
+  drainBacklogs(lock, std::vector<std::shared_ptr<Connection>>(port->accepted));
   for (const std::shared_ptr<Connection>& connection : std::exchange(port->accepted, {})) {
     hangUp(connection);
   }

@@ -20,12 +20,6 @@ constexpr std::size_t kBodyLimit = std::numeric_limits<std::int32_t>::max();
 
 // Sending
 
-std::optional<Buffer> copyOf(Bytes body) {
-  std::optional<Buffer> copy = makeBuffer(body.size());
-  if (copy && !body.empty()) std::memcpy(copy->memory.get(), body.data(), body.size());
-  return copy;
-}
-
 constexpr Token kEveryAnswer = 0;
 
 /// Throws away an answer that has arrived, or all of them.
@@ -162,13 +156,17 @@ void sleepAlone(Lock& lock, Port& port, Waiter& waiter, Deadline deadline) {
   takeLead(waiter, port);
   const std::shared_ptr<Connection> led = waiter.led;
   const Socket socket = led ? led->socket : nullptr;
+  const bool isBehind = led && !led->backlog.empty();
   port.waiters.push_back(&waiter);
   waiter.asleep = true;
   lock.unlock();
-  std::array<host::Interest, 2> interests{{{&waiter.event->descriptor()}, {socket.get()}}};
+  using In = host::Interest::In;
+  std::array<host::Interest, 2> interests{
+      {{&waiter.event->descriptor()}, {socket.get(), isBehind ? In::kBoth : In::kInput}}};
   host::waitForAny({interests.data(), socket ? 2u : 1u}, deadline);
   if (interests[1].readable) serve(led, socket);
   lock.lock();
+  if (interests[1].writable) flushBacklog(lock, led);
   waiter.asleep = false;
   if (std::exchange(waiter.raised, false)) waiter.event->drain();
   std::erase(port.waiters, &waiter);

@@ -66,6 +66,10 @@ void abandonReplies(mach_port_name_t replyPort);
 std::uint32_t noticeDeath(mach_port_name_t port, std::function<void()> onDeath);
 void cancelDeathNotice(std::uint32_t token);
 
+/// Whether a name stands for a receive right of ours. Unlike mach_port_type it asks the host for
+/// nothing.
+bool isReceiveRight(mach_port_name_t name);
+
 /// The process at the other end of a right (ours for our own ports), or 0 if it cannot be told.
 int ownerOf(mach_port_name_t right);
 

@@ -84,6 +84,15 @@ struct Listener final : Source {
   std::vector<Name> names;
 };
 
+/// A message, or what is left of it, that waits for room.
+struct Parcel {
+  PacketHeader header;
+  Buffer body;
+  host::Descriptor file;  // in the body's place
+  std::size_t sent = 0;   // of the body
+  std::size_t size() const;
+};
+
 struct Connection final : Source {
   explicit Connection(host::Descriptor descriptor);
 
@@ -101,7 +110,9 @@ struct Connection final : Source {
   bool sending = false;
   unsigned sendersWaiting = 0;
   std::condition_variable sendable;
-  std::vector<Token> abandoned;  // requests given up whose senders are still to be told
+  std::deque<Parcel> backlog;  // answers that found no room, in their order
+  std::size_t backlogBytes = 0;
+  bool isBackedUp() const;  // so that nothing is read from it
 
   // Reading, one thread at a time.
   Waiter* leader = nullptr;
@@ -190,13 +201,19 @@ void killPort(Lock& lock, std::shared_ptr<Port> port);
 
 using Socket = std::shared_ptr<const host::Descriptor>;
 
-/// Sends one message, waiting for its turn and for room until the deadline. Releases the lock
+/// Sends one message. A request waits for its turn and for room until the deadline; an answer waits
+/// for a moment at most, then it is kept and follows when there is room. Releases the lock
 /// meanwhile.
 kern_return_t transmit(Lock& lock, const std::shared_ptr<Connection>& connection,
                        const PacketHeader& header, Bytes body, Deadline deadline);
 /// Tells the other end that a request of its will not be answered: now, or when there is room.
 /// Releases the lock meanwhile.
 void abandonRequest(Lock& lock, const std::shared_ptr<Connection>& connection, Token token);
+/// Sends as much of a backlog as there is room for now. Releases the lock meanwhile.
+void flushBacklog(Lock& lock, const std::shared_ptr<Connection>& connection);
+/// Gives those that still read what they were answered the time to, for connections that are about
+/// to end. Releases the lock meanwhile.
+void drainBacklogs(Lock& lock, const std::vector<std::shared_ptr<Connection>>& connections);
 /// Reads and delivers at most one message. To be called without the lock. False once there is
 /// nothing to read now.
 bool serve(const std::shared_ptr<Connection>& connection, const Socket& socket);

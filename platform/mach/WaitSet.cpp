@@ -66,6 +66,15 @@ void WaitSet::watch(const std::shared_ptr<Source>& source) {
   if (!poll->add(*source->socket, source->key)) return;
   watched.emplace(source->key, source);
   source->watchers.push_back(this);
+  if (source->kind == Source::Kind::kConnection) adjust(static_cast<Connection&>(*source));
+}
+
+void WaitSet::adjust(const Connection& connection) {
+  using Reporting = host::Poll::Reporting;
+  if (connection.isDead() || !watched.contains(connection.key)) return;
+  Reporting reporting = connection.backlog.empty() ? Reporting::kInput : Reporting::kBoth;
+  if (connection.isBackedUp()) reporting = Reporting::kOutput;
+  static_cast<void>(poll->report(*connection.socket, connection.key, reporting));
 }
 
 void WaitSet::forget(Source& source) {
@@ -108,6 +117,7 @@ void WaitSet::sleep(Lock& lock, Deadline deadline) {
   const std::size_t ready = poll->wait(keys, until);
   lock.lock();
   --asleep;
+  startWithThePassedOver({keys.data(), ready});
   for (std::size_t i = 0; i < ready; ++i) {
     if (keys[i] != kEventKey) {
       serveKey(lock, keys[i]);
@@ -117,6 +127,15 @@ void WaitSet::sleep(Lock& lock, Deadline deadline) {
     }
   }
   if (!resumption.isNever() && resumption.remaining() == 0) resume();
+}
+
+// The host reports those that stay ready in the same order each time. When the first of them fill a
+// port at once, the others would never have their turn.
+void WaitSet::startWithThePassedOver(std::span<std::uint64_t> keys) {
+  const std::uint64_t first = std::exchange(passedOver, kNobody);
+  if (first == kNobody) return;
+  const auto found = std::find(keys.begin(), keys.end(), first);
+  if (found != keys.end()) std::rotate(keys.begin(), found, keys.end());
 }
 
 void WaitSet::serveKey(Lock& lock, std::uint64_t key) {
@@ -133,8 +152,13 @@ void WaitSet::serveKey(Lock& lock, std::uint64_t key) {
   }
   const auto connection = std::static_pointer_cast<Connection>(source);
   if (connection->made && !awaits(*connection)) return forget(*connection);
+  flushBacklog(lock, connection);
+  if (connection->isBackedUp()) return;
   const std::shared_ptr<Port> port = connection->port.lock();
-  if (port && port->isFull()) return;
+  if (port && port->isFull()) {
+    if (passedOver == kNobody) passedOver = key;
+    return;
+  }
   lock.unlock();
   serve(connection, socket);
   lock.lock();
@@ -143,7 +167,7 @@ void WaitSet::serveKey(Lock& lock, std::uint64_t key) {
 // A connection that cannot be taken would be reported again at once and for ever.
 void WaitSet::pause(const std::shared_ptr<Source>& source) {
   if (!watched.contains(source->key) || source->isDead()) return;
-  if (!poll->report(*source->socket, source->key, host::Poll::Reporting::kOff)) return;
+  if (!poll->report(*source->socket, source->key, host::Poll::Reporting::kHangUps)) return;
   paused.push_back(source);
   resumption = Deadline::after(kPause);
 }
@@ -151,7 +175,7 @@ void WaitSet::pause(const std::shared_ptr<Source>& source) {
 void WaitSet::resume() {
   resumption = Deadline::never();
   for (const std::shared_ptr<Source>& source : std::exchange(paused, {})) {
-    static_cast<void>(poll->report(*source->socket, source->key, host::Poll::Reporting::kOn));
+    static_cast<void>(poll->report(*source->socket, source->key, host::Poll::Reporting::kInput));
   }
 }
 

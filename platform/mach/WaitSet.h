@@ -5,6 +5,7 @@
 #define PLATFORM_MACH_WAITSET_H
 
 #include <optional>
+#include <span>
 #include <unordered_map>
 #include <vector>
 
@@ -28,6 +29,8 @@ class WaitSet final {
   /// Watches or forgets one thing that a member may hear from.
   void watch(const std::shared_ptr<Source>& source);
   void forget(Source& source);
+  /// Watches a connection for what is due: input unless it is backed up, room if it has a backlog.
+  void adjust(const Connection& connection);
 
   /// Wakes a thread that sleeps here.
   void wake();
@@ -39,9 +42,12 @@ class WaitSet final {
   void sleep(Lock& lock, Deadline deadline);
 
  private:
+  static constexpr std::uint64_t kNobody = 0;  // no source has it for a key
+
   bool open();
   bool awaits(const Connection& connection) const;
   void watchPort(const Port& port);
+  void startWithThePassedOver(std::span<std::uint64_t> keys);
   void serveKey(Lock& lock, std::uint64_t key);
   void pause(const std::shared_ptr<Source>& source);
   void resume();
@@ -53,6 +59,7 @@ class WaitSet final {
   std::vector<std::shared_ptr<Source>> paused;  // listeners, while descriptors are exhausted
   Deadline resumption = Deadline::never();
   unsigned asleep = 0;
+  std::uint64_t passedOver = kNobody;  // the first whose port was full
   bool raised = false;
   bool retired = false;
 };

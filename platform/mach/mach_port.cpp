@@ -7,6 +7,12 @@
 #include "platform/mach/Space.h"
 #include "platform/mach/WaitSet.h"
 
+bool platform::mach::isReceiveRight(mach_port_name_t name) {
+  const Lock lock(space().mutex);
+  const Entry* entry = space().names.find(name);
+  return entry != nullptr && entry->port != nullptr;
+}
+
 using namespace platform::mach;
 
 namespace {

@@ -54,10 +54,20 @@ TEST_F(PollSet, RefusesTheSameMemberTwice) {
 TEST_F(PollSet, KeepsSilentAboutAMemberOnDemand) {
   ASSERT_TRUE(poll.add(first.descriptor(), 11));
   first.raise();
-  ASSERT_TRUE(poll.report(first.descriptor(), 11, Poll::Reporting::kOff));
+  ASSERT_TRUE(poll.report(first.descriptor(), 11, Poll::Reporting::kHangUps));
   EXPECT_EQ(0u, poll.wait(keys, Deadline::immediate()));
-  ASSERT_TRUE(poll.report(first.descriptor(), 11, Poll::Reporting::kOn));
+  ASSERT_TRUE(poll.report(first.descriptor(), 11, Poll::Reporting::kInput));
   EXPECT_EQ(1u, poll.wait(keys, soon()));
+}
+
+TEST_F(PollSet, TellsOfRoomOnDemand) {
+  const auto pair = makeConnectedPair();
+  ASSERT_TRUE(poll.add(pair->first, 11));
+  EXPECT_EQ(0u, poll.wait(keys, Deadline::immediate()));
+  for (const auto reporting : {Poll::Reporting::kOutput, Poll::Reporting::kBoth}) {
+    ASSERT_TRUE(poll.report(pair->first, 11, reporting));
+    EXPECT_EQ(1u, poll.wait(keys, soon()));
+  }
 }
 
 TEST_F(PollSet, WaitsUntilTheDeadlineAndNoLess) {

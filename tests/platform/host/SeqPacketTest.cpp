@@ -66,6 +66,15 @@ TEST_F(Packets, DoNotWaitForRoom) {
   EXPECT_GT(sent, 0);
 }
 
+TEST_F(Packets, CountUntilTheyAreTaken) {
+  EXPECT_EQ(0u, untakenBytes(pair.first));
+  ASSERT_TRUE(sendPacket(pair.first, text("head"), {}, nullptr));
+  EXPECT_GE(untakenBytes(pair.first), 4u);
+  std::vector<std::byte> buffer(10);
+  ASSERT_TRUE(receivePacket(pair.second, buffer));
+  EXPECT_EQ(0u, untakenBytes(pair.first));
+}
+
 TEST_F(Packets, HaveALimitThatCanBeReached) {
   const std::size_t limit = packetLimit(pair.first);
   EXPECT_GT(limit, 4096u);

@@ -1,6 +1,8 @@
 // Licence: MIT, see LICENSE.
 // Whatever a peer sends: its own connection may be closed, and nothing else happens.
 #include <fcntl.h>
+#include <linux/sockios.h>
+#include <sys/ioctl.h>
 #include <sys/mman.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
@@ -44,6 +46,13 @@ class HostilePeer : public MachTest {
   static void put(const host::Descriptor& to, const PacketHeader& header, Bytes body = {},
                   const host::Descriptor* passed = nullptr) {
     ASSERT_TRUE(host::sendPacket(to, encodeHeader(header), body, passed));
+  }
+
+  /// What the victim has not read yet of a connection, as its sender's buffer counts it.
+  static int unreadBytes(const host::Descriptor& of) {
+    int count = -1;
+    EXPECT_EQ(0, ioctl(of.number(), SIOCOUTQ, &count));
+    return count;
   }
 
   /// Whatever arrived was no message and cost the peer its connection; others are still served.
@@ -121,6 +130,42 @@ TEST_F(HostilePeer, IsExpelledForAnAbandonmentOfNothing) {
   expectExpulsion();
 }
 
+TEST_F(HostilePeer, IsExpelledForAnAbandonmentThatWantsAnAnswer) {
+  const PacketHeader header{.kind = Kind::kAbandoned, .destination = 1, .reply = 2};
+  ASSERT_NO_FATAL_FAILURE(put(connection, header));
+  expectExpulsion();
+}
+
+// Packets that only ever begin messages keep no reader from its other connections.
+TEST_F(HostilePeer, HoldsItsReaderForAFewPacketsOnly) {
+  mach_port_name_t ready = MACH_PORT_NULL;
+  EXPECT_EQ(PortSet::Outcome::kTimedOut, set.wait(ready, shortly()));  // takes the connection
+  for (int i = 0; i < 100; ++i) {
+    ASSERT_NO_FATAL_FAILURE(put(connection, {.id = 1, .total = 100}, pattern(1)));
+  }
+  const int before = unreadBytes(connection);
+  EXPECT_EQ(PortSet::Outcome::kTimedOut, set.wait(ready, Deadline::immediate()));
+  const int after = unreadBytes(connection);
+  EXPECT_LT(after, before);
+  EXPECT_GT(after, before / 2);
+  while (unreadBytes(connection) > 0) set.wait(ready, Deadline::immediate());
+  ASSERT_NO_FATAL_FAILURE(put(connection, {.id = 2}));
+  Message message;
+  ASSERT_EQ(KERN_SUCCESS, receive(port, message, soon()));
+  EXPECT_EQ(2, message.id);
+}
+
+TEST_F(HostilePeer, IsToldWhenItsAnswerToNobodyWantsAnAnswer) {
+  ASSERT_NO_FATAL_FAILURE(put(connection, {.destination = 12345, .reply = 7, .id = 1}));
+  mach_port_name_t ready = MACH_PORT_NULL;
+  EXPECT_EQ(PortSet::Outcome::kTimedOut, set.wait(ready, shortly()));
+  std::vector<std::byte> buffer(100);
+  ASSERT_TRUE(host::receivePacket(connection, buffer));
+  const auto notice = platform::mach::decodeHeader(buffer);
+  EXPECT_EQ(Kind::kAbandoned, notice->kind);
+  EXPECT_EQ(7u, notice->destination);
+}
+
 TEST_F(HostilePeer, AllocatesNothingForABodyThatIsOnlyClaimed) {
   rlimit before{};
   getrlimit(RLIMIT_AS, &before);
@@ -142,30 +187,6 @@ TEST_F(HostilePeer, AnswersToNobodyAreDropped) {
   Message message;
   ASSERT_EQ(KERN_SUCCESS, receive(port, message, soon()));
   EXPECT_EQ(2, message.id);
-}
-
-TEST_F(HostilePeer, IsToldOfAnAbandonedRequestOnceItHasRoom) {
-  ASSERT_NO_FATAL_FAILURE(put(connection, {.reply = 21, .id = 1}));
-  ASSERT_NO_FATAL_FAILURE(put(connection, {.reply = 22, .id = 1}));
-  ASSERT_NO_FATAL_FAILURE(put(connection, {.reply = 23, .id = 1}));
-  Message full;
-  Message abandoned;
-  Message later;
-  for (Message* message : {&full, &abandoned, &later}) {
-    ASSERT_EQ(KERN_SUCCESS, receive(port, *message, soon()));
-  }
-  ASSERT_EQ(MACH_SEND_TIMED_OUT,
-            send(full.reply, MACH_PORT_NULL, 1, pattern(4 << 20), Deadline::immediate()));
-  ASSERT_EQ(KERN_SUCCESS, mach_port_deallocate(mach_task_self(), abandoned.reply));
-  std::vector<std::byte> buffer(1 << 20);
-  while (host::receivePacket(connection, buffer)) {
-  }
-  ASSERT_EQ(KERN_SUCCESS, send(later.reply, MACH_PORT_NULL, 1, {}, soon()));
-  ASSERT_TRUE(host::receivePacket(connection, buffer));
-  ASSERT_TRUE(host::receivePacket(connection, buffer));
-  const auto notice = platform::mach::decodeHeader(buffer);
-  EXPECT_EQ(Kind::kAbandoned, notice->kind);
-  EXPECT_EQ(22u, notice->destination);
 }
 
 /// Descriptors that come along, where they must not or are not what they should be.
