@@ -9,7 +9,10 @@
 #include <CoreFoundation/CFDictionary.h>
 #include <CoreFoundation/CFMachPort.h>
 #include <CoreFoundation/CFNumber.h>
+#include <CoreFoundation/CFPropertyList.h>
 #include <CoreFoundation/CFRunLoop.h>
+#include <CoreFoundation/CFStream.h>
 #include <CoreFoundation/CFString.h>
+#include <CoreFoundation/CFURL.h>
 
 #endif
