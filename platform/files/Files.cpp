@@ -176,6 +176,22 @@ OSErr tellAbout(const FSRef& ref, FSCatalogInfoBitmap which, const CatalogOutput
   return noErr;
 }
 
+bool isFolder(const Item& item) {
+  const auto status = host::fileStatus(item.path, Links::kThemselves);
+  return status && status->kind == FileStatus::Kind::kFolder;
+}
+
+OSErr compare(const FSRef& one, const FSRef& other) {
+  std::string path, otherPath;
+  OSErr result = pathOfRef(one, path);
+  if (result == noErr) result = pathOfRef(other, otherPath);
+  if (result != noErr) return result;
+  const auto status = host::fileStatus(path, Links::kThemselves);
+  const auto otherStatus = host::fileStatus(otherPath, Links::kThemselves);
+  if (!status || !otherStatus) return fnfErr;
+  return status->identity == otherStatus->identity ? OSErr{noErr} : OSErr{errFSRefsDifferent};
+}
+
 OSErr makeDirectory(const FSSpec& spec, SInt32& id) {
   Item item;
   const OSErr result = itemOfSpec(spec, item);
@@ -212,8 +228,7 @@ OSStatus FSPathMakeRef(const UInt8* path, FSRef* ref, Boolean* isDirectory) {
     OSErr result = itemOfPath(reinterpret_cast<const char*>(path), item);
     if (result == noErr) result = makeRef(item, *ref);
     if (result != noErr || isDirectory == nullptr) return result;
-    const auto status = host::fileStatus(item.path, Links::kThemselves);
-    *isDirectory = status && status->kind == FileStatus::Kind::kFolder ? 1 : 0;
+    *isDirectory = isFolder(item) ? 1 : 0;
     return noErr;
   });
 }
@@ -240,16 +255,7 @@ OSErr FSGetCatalogInfo(const FSRef* ref, FSCatalogInfoBitmap whichInfo, FSCatalo
 
 OSErr FSCompareFSRefs(const FSRef* ref1, const FSRef* ref2) {
   if (ref1 == nullptr || ref2 == nullptr) return paramErr;
-  return guarded([&]() -> OSErr {
-    std::string one, other;
-    OSErr result = pathOfRef(*ref1, one);
-    if (result == noErr) result = pathOfRef(*ref2, other);
-    if (result != noErr) return result;
-    const auto status = host::fileStatus(one, Links::kThemselves);
-    const auto otherStatus = host::fileStatus(other, Links::kThemselves);
-    if (!status || !otherStatus) return fnfErr;
-    return status->identity == otherStatus->identity ? OSErr{noErr} : OSErr{errFSRefsDifferent};
-  });
+  return guarded([&] { return compare(*ref1, *ref2); });
 }
 
 OSErr FSpDirCreate(const FSSpec* spec, ScriptCode, SInt32* createdDirID) {
