@@ -21,8 +21,8 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <optional>
 
-#include "platform/host/Log.h"
 #include "platform/host/NameEscape.h"
 #include "platform/host/Poll.h"
 #include "platform/host/Retry.h"
@@ -34,7 +34,6 @@ namespace {
 constexpr char kSockets[] = "sockets";
 constexpr char kLockFile[] = "lock";
 constexpr int kClaimRounds = 64;
-constexpr int kDirectoryFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
 constexpr Nanoseconds kMillisecond = 1'000'000;
 constexpr Nanoseconds kLockPatience = 2'000 * kMillisecond;
 constexpr Nanoseconds kConnectPatience = 1'000 * kMillisecond;
@@ -43,37 +42,10 @@ SocketIdentity identityOf(const struct stat& state) {
   return {static_cast<std::uint64_t>(state.st_dev), static_cast<std::uint64_t>(state.st_ino)};
 }
 
-mode_t directoryMode(NameDirectory::Audience audience) {
-  return audience == NameDirectory::Audience::kEveryone ? 0755 : 0700;
-}
-
-// Nobody else may put names into it. The system's directory is root's for all but root itself.
-bool isTrusted(const struct stat& state, NameDirectory::Audience audience) {
-  const bool ours = state.st_uid == geteuid();
-  const bool systems = audience == NameDirectory::Audience::kEveryone && state.st_uid == 0;
-  return S_ISDIR(state.st_mode) && (ours || systems) && (state.st_mode & 022) == 0;
-}
-
-void makeParents(const std::string& path) {
-  for (std::size_t slash = path.find('/', 1); slash != std::string::npos;
-       slash = path.find('/', slash + 1)) {
-    mkdir(path.substr(0, slash).c_str(), 0755);
-  }
-}
-
-Result<Descriptor> openTrusted(int base, const std::string& path, NameDirectory::Audience audience,
-                               NameDirectory::Make make) {
-  if (make == NameDirectory::Make::kYes &&
-      mkdirat(base, path.c_str(), directoryMode(audience)) == 0) {
-    fchmodat(base, path.c_str(), directoryMode(audience), 0);  // whatever the umask left of it
-  }
-  Descriptor opened(retry([&] { return openat(base, path.c_str(), kDirectoryFlags); }));
-  if (!opened && (errno == ELOOP || errno == ENOTDIR)) return Error::kPermission;
-  if (!opened) return lastError();
-  struct stat state {};
-  if (fstat(opened.number(), &state) == -1) return lastError();
-  if (!isTrusted(state, audience)) return Error::kPermission;
-  return opened;
+// The system's directory is root's for all but root itself.
+FolderRule ruleFor(NameDirectory::Audience audience) {
+  const bool systems = audience == NameDirectory::Audience::kEveryone;
+  return {.mayBeRoots = systems, .permissions = systems ? 0755u : 0700u};
 }
 
 // Sockets are reached through the directory's descriptor, which no path length limits and no
@@ -151,9 +123,12 @@ class Listing final {
   DIR* stream;
 };
 
-void complainAbout(const std::string& path) {
-  complainOnce("refusing the name space " + path +
-               ": it is not a directory of ours, or others may write to it");
+/// Whose a name is, unless it cannot be trusted.
+std::optional<std::string> objectionTo(const struct stat& state) {
+  if (S_ISLNK(state.st_mode)) return "it is a symbolic link";
+  if (!S_ISSOCK(state.st_mode)) return "it is not a socket";
+  if (state.st_uid == geteuid() || state.st_uid == 0) return std::nullopt;
+  return "it belongs to user " + std::to_string(state.st_uid);
 }
 
 }  // namespace
@@ -163,12 +138,8 @@ NameDirectory::NameDirectory(Descriptor opened, std::string openedPath, Audience
 
 Result<std::shared_ptr<NameDirectory>> NameDirectory::open(const std::string& path,
                                                            Audience audience, Make make) {
-  if (make == Make::kYes) makeParents(path);
-  Result<Descriptor> opened = openTrusted(AT_FDCWD, path, audience, make);
-  if (!opened) {
-    if (opened.error() == Error::kPermission) complainAbout(path);
-    return opened.error();
-  }
+  Result<Descriptor> opened = openTrusted(path, ruleFor(audience), make);
+  if (!opened) return opened.error();
   return std::shared_ptr<NameDirectory>(new NameDirectory(std::move(*opened), path, audience));
 }
 
@@ -178,9 +149,7 @@ bool NameDirectory::isRemoved() const {
 }
 
 Result<Descriptor> NameDirectory::subdirectory(const std::string& folder, Make make) const {
-  Result<Descriptor> opened = openTrusted(directory.number(), folder, whoConnects, make);
-  if (!opened && opened.error() == Error::kPermission) complainAbout(path + "/" + folder);
-  return opened;
+  return openTrustedIn(directory, path, folder, ruleFor(whoConnects), make);
 }
 
 std::string NameDirectory::addressIn(const Descriptor& folder, const std::string& folderName,
@@ -303,10 +272,15 @@ Result<NamedConnection> NameDirectory::connectFile(const Descriptor& folder,
   if (!opened) return lastError();
   struct stat state {};
   if (fstat(opened.number(), &state) == -1) return lastError();
-  const bool trusted = state.st_uid == geteuid() || state.st_uid == 0;
-  if (!S_ISSOCK(state.st_mode) || !trusted) return Error::kPermission;
+  if (const std::optional<std::string> objection = objectionTo(state)) {
+    complainOfRefusal(path + "/" + folderName + "/" + file, *objection);
+    return Error::kPermission;
+  }
   Result<Descriptor> connection = connectTo(
       hasDescriptorPaths() ? descriptorPath(opened) : addressIn(folder, folderName, file));
+  if (!connection && connection.error() == Error::kPermission) {
+    complainOfRefusal(path + "/" + folderName + "/" + file, "its owner lets nobody connect to it");
+  }
   if (!connection) return connection.error();
   return NamedConnection{std::move(*connection), identityOf(state)};
 }

@@ -18,6 +18,7 @@
 #include "platform/host/Clock.h"
 #include "platform/host/Descriptor.h"
 #include "platform/host/Result.h"
+#include "platform/host/TrustedFolder.h"
 
 namespace platform::host {
 
@@ -43,10 +44,10 @@ struct NamedConnection {
 class NameDirectory final {
  public:
   enum class Audience { kOwner, kEveryone };  // who may connect
-  enum class Make { kNo, kYes };
+  using Make = host::Make;
 
   /// Opens the directory of a name space, making it and what is missing above it if told to.
-  /// kPermission, with a line in the log, if it belongs to somebody else or others may write to it.
+  /// kPermission, with a line that says why, if it is not to be trusted.
   static Result<std::shared_ptr<NameDirectory>> open(const std::string& path, Audience audience,
                                                      Make make);
 
@@ -67,8 +68,8 @@ class NameDirectory final {
 
   /// Which socket file has a name, dead or alive.
   Result<SocketIdentity> identify(const std::string& folder, const std::string& name) const;
-  /// Connects to the owner of a name. kNotFound if there is none alive, kPermission if the file is
-  /// not a socket of ours or root's.
+  /// Connects to the owner of a name. kNotFound if there is none alive, kPermission, with a line
+  /// that says why, if the file is not a socket of ours or root's.
   Result<NamedConnection> connect(const std::string& folder, const std::string& name) const;
 
   /// Every name in a folder, dead ones included.
