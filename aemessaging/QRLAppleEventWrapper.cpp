@@ -1,6 +1,9 @@
 // Licence: MIT, see LICENSE.
 #include <quorvant/aemessaging/QRLAppleEventWrapper.h>
 
+#include <cstring>
+#include <new>
+
 namespace {
 
 constexpr SInt32 kReplyModeBits = kAENoReply | kAEQueueReply | kAEWaitReply;
@@ -11,6 +14,18 @@ void disposeIf(Boolean32& exists, AEDesc& desc) {
   if (!exists) return;
   AEDisposeDesc(&desc);
   exists = false;
+}
+
+OSErr copyText(Handle printed, char*& text) {
+  if (printed == nullptr || *printed == nullptr) return memFullErr;
+  const Size size = GetHandleSize(printed);
+  if (size < 1) return memFullErr;
+  char* copy = new (std::nothrow) char[static_cast<std::size_t>(size) + 1];
+  if (copy == nullptr) return memFullErr;
+  std::memcpy(copy, *printed, static_cast<std::size_t>(size));
+  copy[size] = 0;
+  text = copy;
+  return noErr;
 }
 
 }  // namespace
@@ -74,4 +89,18 @@ SInt32 QRLAppleEventWrapper::sendEvent(SInt32 sendMode, SInt32 timeout, SInt16 p
   replyHadError = found != errAEDescNotFound;
   replyReceived = true;
   return remoteError;
+}
+
+OSErr QRLAppleEventWrapper::printDescToBufAlloc(const AEDesc* desc, char*& text) {
+  Handle printed = nullptr;
+  const OSErr err = static_cast<OSErr>(AEPrintDescToHandle(desc, &printed));
+  if (err != noErr) return err;
+  const OSErr copyErr = copyText(printed, text);
+  if (printed != nullptr) DisposeHandle(printed);
+  return copyErr;
+}
+
+void QRLAppleEventWrapper::printDesc(const char*, const AEDesc* desc) {
+  char* text = nullptr;
+  if (printDescToBufAlloc(desc, text) == noErr) delete[] text;
 }

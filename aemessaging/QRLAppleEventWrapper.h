@@ -39,6 +39,13 @@ class QRL_EXPORT QRLAppleEventWrapper {
   /// repeated.
   SInt32 sendEvent(SInt32 sendMode, SInt32 timeout, SInt16 priority);
 
+  /// Writes a descriptor as AEPrintDescToHandle does into an array with a terminating 0, which the
+  /// caller deletes with delete[]. On failure `text` is untouched: AEPrintDescToHandle's error, or
+  /// memFullErr where there is no text or no memory.
+  static OSErr printDescToBufAlloc(const AEDesc* desc, char*& text);
+  /// Goes through the motions of printing a descriptor and writes nothing: a place for a debugger.
+  static void printDesc(const char* label, const AEDesc* desc);
+
   AEDesc target;            // the destination's address descriptor
   Boolean32 targetCreated;  // whether `target` is there to be disposed
   Boolean32 eventCreated;   // whether `event` is

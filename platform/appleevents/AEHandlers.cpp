@@ -1,60 +1,23 @@
 // Licence: MIT, see LICENSE.
 #include <AE/AppleEvents.h>
 
-#include <algorithm>
-#include <mutex>
-#include <new>
-#include <vector>
-
 #include "platform/appleevents/HandlerTable.h"
+#include "platform/appleevents/PairTables.h"
 
 namespace platform::appleevents {
 namespace {
 
-struct Entry {
-  AEEventClass eventClass;
-  AEEventID eventID;
-  Handler handler;
-};
-using Table = std::vector<Entry>;
-
-struct Tables {
-  std::mutex mutex;
-  Table application;
-  Table system;
-
-  Table& of(Boolean isSystem) { return isSystem ? system : application; }
-};
-
-Tables& tables() {
-  static Tables& instance = *new Tables;  // threads may use it while the process exits
+PairTables<Handler>& eventHandlers() {
+  static auto& instance = *new PairTables<Handler>;  // threads may use it while the process exits
   return instance;
-}
-
-Table::iterator findEntry(Table& table, AEEventClass eventClass, AEEventID eventID) {
-  return std::ranges::find_if(table, [=](const Entry& entry) {
-    return entry.eventClass == eventClass && entry.eventID == eventID;
-  });
-}
-
-std::optional<Handler> findIn(Table& table, AEEventClass eventClass, AEEventID eventID) {
-  const AEEventClass wildCard = typeWildCard;
-  const std::pair<AEEventClass, AEEventID> kinds[] = {
-      {eventClass, eventID}, {eventClass, wildCard}, {wildCard, eventID}, {wildCard, wildCard}};
-  for (const auto& [classWanted, idWanted] : kinds) {
-    const auto entry = findEntry(table, classWanted, idWanted);
-    if (entry != table.end()) return entry->handler;
-  }
-  return std::nullopt;
 }
 
 }  // namespace
 
 std::optional<Handler> findHandler(AEEventClass eventClass, AEEventID eventID) {
-  Tables& all = tables();
-  const std::lock_guard lock(all.mutex);
-  if (const auto handler = findIn(all.application, eventClass, eventID)) return handler;
-  return findIn(all.system, eventClass, eventID);
+  const auto matches = eventHandlers().matching(eventClass, eventID);
+  if (matches.begin() == matches.end()) return std::nullopt;
+  return *matches.begin();
 }
 
 }  // namespace platform::appleevents
@@ -64,44 +27,24 @@ using namespace platform::appleevents;
 OSErr AEInstallEventHandler(AEEventClass eventClass, AEEventID eventID, AEEventHandlerUPP handler,
                             SInt32 refcon, Boolean isSystemHandler) {
   if (handler == nullptr) return paramErr;
-  Tables& all = tables();
-  const std::lock_guard lock(all.mutex);
-  Table& table = all.of(isSystemHandler);
-  const auto entry = findEntry(table, eventClass, eventID);
-  if (entry != table.end()) {
-    entry->handler = {handler, refcon};
-    return noErr;
-  }
-  try {
-    table.push_back({eventClass, eventID, {handler, refcon}});
-  } catch (const std::bad_alloc&) {
-    return memFullErr;
-  }
-  return noErr;
+  return eventHandlers().install(eventClass, eventID, {handler, refcon}, isSystemHandler);
 }
 
 OSErr AERemoveEventHandler(AEEventClass eventClass, AEEventID eventID, AEEventHandlerUPP handler,
                            Boolean isSystemHandler) {
-  Tables& all = tables();
-  const std::lock_guard lock(all.mutex);
-  Table& table = all.of(isSystemHandler);
-  const auto entry = findEntry(table, eventClass, eventID);
-  if (entry == table.end()) return errAEHandlerNotFound;
-  if (handler != nullptr && handler != entry->handler.procedure) return errAEHandlerNotFound;
-  table.erase(entry);
-  return noErr;
+  return eventHandlers().remove(eventClass, eventID, isSystemHandler,
+                                [=](const Handler& installed) {
+                                  return handler == nullptr || handler == installed.procedure;
+                                });
 }
 
 OSErr AEGetEventHandler(AEEventClass eventClass, AEEventID eventID, AEEventHandlerUPP* handler,
                         SInt32* refcon, Boolean isSystemHandler) {
   if (handler == nullptr || refcon == nullptr) return paramErr;
-  Tables& all = tables();
-  const std::lock_guard lock(all.mutex);
-  Table& table = all.of(isSystemHandler);
-  const auto entry = findEntry(table, eventClass, eventID);
-  if (entry == table.end()) return errAEHandlerNotFound;
-  *handler = entry->handler.procedure;
-  *refcon = entry->handler.refcon;
+  const auto installed = eventHandlers().at(eventClass, eventID, isSystemHandler);
+  if (!installed) return errAEHandlerNotFound;
+  *handler = installed->procedure;
+  *refcon = installed->refcon;
   return noErr;
 }
 

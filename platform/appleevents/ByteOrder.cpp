@@ -8,10 +8,27 @@
 namespace platform::appleevents {
 namespace {
 
-/// Copies one element reversed, as far as there is room.
-void reverseElement(Bytes element, WritableBytes to) {
-  const std::size_t count = std::min(element.size(), to.size());
-  for (std::size_t i = 0; i < count; ++i) to[i] = element[element.size() - 1 - i];
+/// Copies elements reversed, as far as there is room for whole ones; gives the bytes done.
+template <typename Element, Element (*reverse)(Element)>
+std::size_t reverseWhole(Bytes from, WritableBytes to) {
+  const std::size_t size = std::min(from.size(), to.size()) / sizeof(Element) * sizeof(Element);
+  for (std::size_t at = 0; at < size; at += sizeof(Element)) {
+    Element element;
+    std::memcpy(&element, from.data() + at, sizeof element);
+    element = reverse(element);
+    std::memcpy(to.data() + at, &element, sizeof element);
+  }
+  return size;
+}
+
+UInt16 reversed16(UInt16 value) { return __builtin_bswap16(value); }
+UInt32 reversed32(UInt32 value) { return __builtin_bswap32(value); }
+UInt64 reversed64(UInt64 value) { return __builtin_bswap64(value); }
+
+std::size_t reverseElements(Bytes from, WritableBytes to, std::size_t width) {
+  if (width == 2) return reverseWhole<UInt16, reversed16>(from, to);
+  if (width == 4) return reverseWhole<UInt32, reversed32>(from, to);
+  return reverseWhole<UInt64, reversed64>(from, to);
 }
 
 }  // namespace
@@ -21,6 +38,7 @@ std::size_t elementWidth(DescType type) {
     case typeSInt16:
     case typeUInt16:
     case typeUnicodeText:
+    case typeStyledUnicodeText:
     case typeQDPoint:
     case typeQDRectangle:
       return 2;
@@ -33,6 +51,7 @@ std::size_t elementWidth(DescType type) {
     case typeProperty:
     case typeApplSignature:
     case typeProcessSerialNumber:
+    case typeKernelProcessID:
     case typeMachPort:
       return 4;
     case typeSInt64:
@@ -51,21 +70,15 @@ void reorder(DescType type, Bytes from, WritableBytes to) {
   const std::size_t width = elementWidth(type);
   std::size_t done = 0;
   if (std::endian::native == std::endian::little && width > 1) {
-    for (; done + width <= from.size() && done < count; done += width) {
-      reverseElement(from.subspan(done, width), to.subspan(done));
+    done = reverseElements(from, to, width);
+    if (done < count && done + width <= from.size()) {  // room for a part of one more
+      std::reverse_copy(from.begin() + static_cast<std::ptrdiff_t>(done + width - (count - done)),
+                        from.begin() + static_cast<std::ptrdiff_t>(done + width),
+                        to.begin() + static_cast<std::ptrdiff_t>(done));
+      return;
     }
   }
   if (done < count) std::memcpy(to.data() + done, from.data() + done, count - done);
-}
-
-UInt32 loadWord(const std::byte* at) {
-  UInt32 value = 0;
-  for (int i = 0; i < 4; ++i) value = value << 8 | std::to_integer<UInt32>(at[i]);
-  return value;
-}
-
-void storeWord(std::byte* at, UInt32 value) {
-  for (int i = 0; i < 4; ++i) at[i] = static_cast<std::byte>(value >> (24 - 8 * i) & 0xFF);
 }
 
 }  // namespace platform::appleevents

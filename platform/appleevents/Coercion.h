@@ -1,15 +1,11 @@
 // Licence: MIT, see LICENSE.
-// The conversions between types of data that every process knows.
+// Making descriptors, and which types answer which wishes. AECoerceDesc itself is here too.
 #ifndef PLATFORM_APPLEEVENTS_COERCION_H
 #define PLATFORM_APPLEEVENTS_COERCION_H
 
 #include "platform/appleevents/Storage.h"
 
 namespace platform::appleevents {
-
-/// Makes data of `toType` of data in the host's order. The data's own type and the types that ask
-/// for none always succeed, without memory apart. Stores the null descriptor on failure.
-OSErr coerce(DescType type, Bytes data, DescType toType, AEDesc* result);
 
 /// Makes a descriptor of data in the host's order; errAECorruptData when it is to be a list, record
 /// or event and is none.

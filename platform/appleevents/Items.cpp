@@ -13,7 +13,9 @@ constexpr std::size_t kAttributeCountAt = 1 * kWord;
 constexpr std::size_t kAttributeBytesAt = 2 * kWord;
 constexpr std::size_t kParameterCountAt = 3 * kWord;
 
-std::optional<Item> parseItem(Bytes block, const Region& region, std::size_t offset, UInt32 index) {
+}  // namespace
+
+std::optional<Item> itemAt(Bytes block, const Region& region, std::size_t offset, UInt32 index) {
   if (index > region.count || region.end - offset < kItemHeader) return std::nullopt;
   const std::byte* header = block.data() + offset;
   const std::size_t room = region.end - offset - kItemHeader;
@@ -22,8 +24,6 @@ std::optional<Item> parseItem(Bytes block, const Region& region, std::size_t off
   return Item{loadWord(header), loadWord(header + kWord),
               block.subspan(offset + kItemHeader, length), offset, index};
 }
-
-}  // namespace
 
 std::optional<Region> findRegion(DescType type, Bytes block, Part part) {
   if (type != typeAppleEvent) {
@@ -41,11 +41,11 @@ std::optional<Region> findRegion(DescType type, Bytes block, Part part) {
 }
 
 std::optional<Item> firstItem(Bytes block, const Region& region) {
-  return parseItem(block, region, region.begin, 1);
+  return itemAt(block, region, region.begin, 1);
 }
 
 std::optional<Item> nextItem(Bytes block, const Region& region, const Item& item) {
-  return parseItem(block, region, item.end(), item.index + 1);
+  return itemAt(block, region, item.end(), item.index + 1);
 }
 
 std::optional<Item> findItem(Bytes block, const Region& region, AEKeyword keyword) {
@@ -69,11 +69,16 @@ OSErr Items::open(const AEDesc* desc, Part part, std::optional<Items>& items) {
   return noErr;
 }
 
+std::optional<Item> Items::find(AEKeyword keyword) const {
+  if (part == Part::kAttributes) return findItem(block(), region, keyword);
+  return owner->keys.find(block(), region, keyword);
+}
+
 std::optional<Item> Items::at(UInt32 index) const {
   if (index < 1 || index > region.count) return std::nullopt;
   const Cursor::Place known = part == Part::kParameters ? owner->cursor.get() : Cursor::Place{0, 0};
   std::optional<Item> item = known.index != 0 && known.index <= index
-                                 ? parseItem(block(), region, known.offset, known.index)
+                                 ? itemAt(block(), region, known.offset, known.index)
                                  : first();
   while (item && item->index != index) item = next(*item);
   if (item && part == Part::kParameters) {
@@ -125,8 +130,11 @@ void Items::setExtent(UInt32 count, std::size_t end) {
 }
 
 std::unique_ptr<Storage> makeEmpty(DescType type) {
-  std::unique_ptr<Storage> storage =
-      Storage::make(type == typeAppleEvent ? kEventHeader : kListHeader);
+  // An event's attributes and some parameters.
+  constexpr std::size_t kUsualEvent = 512;
+  std::unique_ptr<Storage> storage = type == typeAppleEvent
+                                         ? Storage::make(kEventHeader, kUsualEvent)
+                                         : Storage::make(kListHeader);
   if (storage == nullptr) return nullptr;
   std::ranges::fill(storage->writable(), std::byte{0});
   if (type == typeAppleEvent) storeWord(storage->writable().data(), kEventMark);

@@ -55,6 +55,8 @@ std::optional<Region> findRegion(DescType type, Bytes block, Part part);
 std::optional<Item> firstItem(Bytes block, const Region& region);
 std::optional<Item> nextItem(Bytes block, const Region& region, const Item& item);
 std::optional<Item> findItem(Bytes block, const Region& region, AEKeyword keyword);
+/// The item whose header is at `offset`.
+std::optional<Item> itemAt(Bytes block, const Region& region, std::size_t offset, UInt32 index);
 
 /// The items of a descriptor. It lives no longer than the descriptor and does not outlast another's
 /// change to it.
@@ -66,7 +68,7 @@ class Items final {
   UInt32 count() const { return region.count; }
   std::optional<Item> first() const { return firstItem(block(), region); }
   std::optional<Item> next(const Item& item) const { return nextItem(block(), region, item); }
-  std::optional<Item> find(AEKeyword keyword) const { return findItem(block(), region, keyword); }
+  std::optional<Item> find(AEKeyword keyword) const;
   std::optional<Item> at(UInt32 index) const;
 
   /// Writes an item in the place of another, or at the end. `data` is in the host's order, and is

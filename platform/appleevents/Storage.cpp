@@ -2,21 +2,33 @@
 #include "platform/appleevents/Storage.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <cstring>
 #include <new>
 
+#include "platform/memory/Allocation.h"
+
 using platform::appleevents::Storage;
 
-std::unique_ptr<Storage> Storage::make(std::size_t size) {
-  std::unique_ptr<Storage> storage(new (std::nothrow) Storage);
-  if (storage == nullptr || size > kMaxSize || !storage->reserve(size)) return nullptr;
+namespace {
+
+std::unique_ptr<Storage> makeBare() {
+  if (!platform::memory::mayAllocate()) return nullptr;
+  return std::unique_ptr<Storage>(new (std::nothrow) Storage);
+}
+
+}  // namespace
+
+std::unique_ptr<Storage> Storage::make(std::size_t size) { return make(size, size); }
+
+std::unique_ptr<Storage> Storage::make(std::size_t size, std::size_t room) {
+  std::unique_ptr<Storage> storage = makeBare();
+  if (storage == nullptr || size > kMaxSize || !storage->reserve(room)) return nullptr;
   storage->block.size = size;
   return storage;
 }
 
 std::unique_ptr<Storage> Storage::adopt(platform::mach::Buffer buffer) {
-  std::unique_ptr<Storage> storage(new (std::nothrow) Storage);
+  std::unique_ptr<Storage> storage = makeBare();
   if (storage == nullptr) return nullptr;
   storage->capacity = buffer.size;
   storage->block = std::move(buffer);
@@ -35,7 +47,7 @@ bool Storage::reserve(std::size_t size) {
   if (size <= capacity) return true;
   constexpr std::size_t kSmallest = 16;
   const std::size_t roomy = std::max({size, kSmallest, std::min(capacity * 2, kMaxSize)});
-  void* grown = std::realloc(block.memory.get(), roomy);
+  void* grown = platform::memory::reallocate(block.memory.get(), roomy);
   if (grown == nullptr) return false;
   static_cast<void>(block.memory.release());  // realloc has freed it
   block.memory.reset(static_cast<std::byte*>(grown));
@@ -47,15 +59,19 @@ std::byte* Storage::splice(std::size_t offset, std::size_t removed, std::size_t 
   const std::size_t kept = block.size - removed;
   if (inserted > kMaxSize - kept || !reserve(kept + inserted)) return nullptr;
   std::byte* at = block.memory.get() + offset;
-  if (removed != inserted) std::memmove(at + inserted, at + removed, kept - offset);
+  if (removed != inserted && offset < block.size) {
+    std::memmove(at + inserted, at + removed, kept - offset);
+    cursor.set({0, 0});
+    keys.clear();
+  }
   block.size = kept + inserted;
-  cursor.set({0, 0});
   readCount = 0;
   return at;
 }
 
 bool Storage::trackReads(UInt32 parameters) {
-  reads.reset(new (std::nothrow) std::atomic<bool>[parameters]());
+  const bool mayAllocate = platform::memory::mayAllocate();
+  reads.reset(mayAllocate ? new (std::nothrow) std::atomic<bool>[parameters]() : nullptr);
   readCount = reads == nullptr ? 0 : parameters;
   return reads != nullptr;
 }

@@ -12,6 +12,7 @@
 #include <span>
 #include <utility>
 
+#include "platform/appleevents/KeyIndex.h"
 #include "platform/mach/PortSpace.h"
 
 namespace platform::appleevents {
@@ -59,6 +60,8 @@ struct OpaqueAEDataStorageType final {
 
   /// Nothing is null where memory is exhausted.
   static std::unique_ptr<OpaqueAEDataStorageType> make(std::size_t size);
+  /// With room to grow to a size without moving.
+  static std::unique_ptr<OpaqueAEDataStorageType> make(std::size_t size, std::size_t room);
   static std::unique_ptr<OpaqueAEDataStorageType> adopt(platform::mach::Buffer buffer);
   std::unique_ptr<OpaqueAEDataStorageType> duplicate() const;
 
@@ -76,6 +79,7 @@ struct OpaqueAEDataStorageType final {
   bool wasRead(UInt32 index) const;
 
   platform::appleevents::Cursor cursor;
+  platform::appleevents::KeyIndex keys;
   std::shared_ptr<platform::appleevents::ReplyRight> replyRight;
 
   /// No descriptor grows beyond this.
