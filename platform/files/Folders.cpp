@@ -84,7 +84,7 @@ OSErr findFolder(SInt16 domain, OSType type, bool create, Item& item) try {
   if (result != noErr) return result == dirNFErr ? OSErr{fnfErr} : result;
   const auto status = host::fileStatus(item.path, host::Links::kThemselves);
   const bool isFolder = status && status->kind == host::FileStatus::Kind::kFolder;
-  return isFolder ? noErr : fnfErr;
+  return isFolder ? OSErr{noErr} : OSErr{fnfErr};
 } catch (const std::bad_alloc&) {
   return memFullErr;
 }

@@ -138,7 +138,8 @@ OSErr itemOfPath(const std::string& path, Item& item) {
     if (canonical.error() != host::Error::kNotFound) return resultFor(canonical.error());
     const auto slash = path.find_last_of('/');
     const bool isAtHand = slash == std::string::npos || slash == 0;
-    return isAtHand || host::canonicalPath(path.substr(0, slash)) ? fnfErr : dirNFErr;
+    const bool isThere = isAtHand || host::canonicalPath(path.substr(0, slash));
+    return isThere ? OSErr{fnfErr} : OSErr{dirNFErr};
   }
   if (*canonical == "/") return itemOfFolder(fsRtDirID, item);
   const auto slash = canonical->find_last_of('/');

@@ -121,23 +121,4 @@ std::optional<ResourceMap> parseResourceFile(Bytes file) {
   return map;
 }
 
-std::optional<Bytes> resourceForkOfAppleDouble(Bytes file) {
-  constexpr UInt32 kMagic = 0x00051607;
-  constexpr UInt32 kVersion = 0x00020000;
-  constexpr std::size_t kFillerSize = 16;
-  constexpr UInt32 kResourceFork = 2;
-
-  Reader reader(file);
-  if (reader.u32() != kMagic || reader.u32() != kVersion) return std::nullopt;
-  reader.take(kFillerSize);
-  const std::size_t count = reader.u16();
-  for (std::size_t i = 0; i < count && !reader.failed(); ++i) {
-    const UInt32 kind = reader.u32();
-    const UInt32 offset = reader.u32();
-    const UInt32 size = reader.u32();
-    if (!reader.failed() && kind == kResourceFork) return part(file, offset, size);
-  }
-  return std::nullopt;
-}
-
 }  // namespace platform::resources

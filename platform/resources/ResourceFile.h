@@ -8,7 +8,8 @@
 //   type list   number of types less one (2); for each: type (4), number of resources less one (2),
 //               offset of its references from the type list (2)
 //   references  ID (2), offset of the name or -1 (2), attributes (1), offset of the data (3),
-//   reserved (4) name list   Pascal strings
+//   reserved (4)
+//   name list   Pascal strings
 //
 // Files come from anywhere: parsing reads inside its view alone and allocates in proportion to it.
 #ifndef PLATFORM_RESOURCES_RESOURCEFILE_H
@@ -44,9 +45,6 @@ struct ResourceMap {
 /// The map of a resource file, or nothing if the file is damaged or something else: any offset,
 /// size or count that leads outside, lists that overlap, a type that is listed twice.
 std::optional<ResourceMap> parseResourceFile(Bytes file);
-
-/// The resource fork inside an AppleDouble file, a part of the view; nothing if there is none.
-std::optional<Bytes> resourceForkOfAppleDouble(Bytes file);
 
 }  // namespace platform::resources
 

@@ -9,6 +9,7 @@
 #include <cstring>
 #include <new>
 
+#include "platform/host/FileSystem.h"
 #include "platform/host/ProgramPath.h"
 #include "platform/memory/HandleTable.h"
 
@@ -27,11 +28,15 @@ std::string applicationFile() {
   return applicationResourcePath(host::programPath());
 }
 
-/// Somebody disposed of a resource handle: the resource counts as not loaded.
+/// Somebody disposed of a resource handle: the resource counts as not loaded, its changes are lost.
 void forget(Handle handle) {
   ResourceFiles& files = ResourceFiles::shared();
   auto lock = files.lock();
-  if (auto place = files.find(handle); place.resource != nullptr) place.resource->handle = nullptr;
+  const auto place = files.find(handle);
+  if (place.resource == nullptr) return;
+  place.resource->handle = nullptr;
+  place.resource->entry.attributes &= static_cast<UInt8>(~resChanged);
+  if (!place.resource->isInFile) files.remove(place);
 }
 
 std::vector<OpenResource> resourcesOf(const ResourceFork& fork) {
@@ -39,7 +44,7 @@ std::vector<OpenResource> resourcesOf(const ResourceFork& fork) {
   resources.reserve(fork.map.entries.size());
   for (const ResourceEntry& entry : fork.map.entries) {
     const Bytes data = Bytes(fork.bytes).subspan(entry.dataOffset, entry.dataSize);
-    resources.push_back({entry, data, nullptr});
+    resources.push_back({entry, data});
     // Whether a resource was changed is a matter of memory; a file that says so says nothing.
     resources.back().entry.attributes &= static_cast<UInt8>(~resChanged);
   }
@@ -91,18 +96,26 @@ ResourceFiles::ResourceFiles() {
 void ResourceFiles::openApplicationFile() try {
   ResourceFork fork;
   SInt16 number;
-  if (readResourceFork(applicationFile(), fork) == noErr) add(std::move(fork), number);
+  const std::string path = applicationFile();
+  if (readResourceFork(path, fork) == noErr) add(std::move(fork), path, Access::kRead, number);
 } catch (const std::bad_alloc&) {
   // The application runs on with what other files it opens.
 }
 
-OSErr ResourceFiles::add(ResourceFork contents, SInt16& number) try {
-  const SInt16 unused = unusedNumber();
-  if (unused == kResFileNotOpened) return tmfoErr;
-  OpenFile file{unused, {}, resourcesOf(contents)};
+OSErr ResourceFiles::add(ResourceFork contents, const std::string& path, Access access,
+                         SInt16& number) try {
+  OpenFile file;
+  file.number = unusedNumber();
+  if (file.number == kResFileNotOpened) return tmfoErr;
+  file.path = path;
+  file.attributes = static_cast<UInt16>(contents.map.attributes & ~mapChanged);
+  file.isReadOnly = access == Access::kRead;
+  if (file.isReadOnly) file.attributes |= mapReadOnly;
+  file.resources = resourcesOf(contents);
+  file.place = std::move(contents.place);
   file.fork = std::move(contents.bytes);  // the data stays where the resources see it
   files.push_back(std::move(file));
-  currentNumber = number = unused;
+  currentNumber = number = files.back().number;
   for (OpenResource& resource : files.back().resources) {
     if ((resource.entry.attributes & resPreload) != 0) resource.provide(loading);
   }
@@ -115,12 +128,29 @@ OSErr ResourceFiles::close(SInt16 number) {
   if (number == kSystemResFile) return noErr;
   auto file = fileNumbered(number);
   if (file == files.end()) return resFNotFound;
+  const OSErr result = file->hasChanges() ? file->write() : OSErr{noErr};
   for (OpenResource& resource : file->resources) resource.release();
   if (number == currentNumber) {
     currentNumber = file == files.begin() ? SInt16{kSystemResFile} : std::prev(file)->number;
   }
   files.erase(file);
-  return noErr;
+  return result;
+}
+
+OpenFile* ResourceFiles::numbered(SInt16 number) {
+  auto file = fileNumbered(number);
+  return file == files.end() ? nullptr : &*file;
+}
+
+OpenFile* ResourceFiles::at(const std::string& path) {
+  // A file that was written back has another identity than when it was opened.
+  const auto wanted = host::fileStatus(path, host::Links::kFollowed);
+  if (!wanted) return nullptr;
+  for (OpenFile& file : files) {
+    const auto status = host::fileStatus(file.path, host::Links::kFollowed);
+    if (status && status->identity == wanted->identity) return &file;
+  }
+  return nullptr;
 }
 
 OSErr ResourceFiles::makeCurrent(SInt16 number) {
@@ -150,6 +180,12 @@ ResourceFiles::Place ResourceFiles::find(Handle handle) {
   return {};
 }
 
+void ResourceFiles::remove(const Place& place) {
+  if (place.resource->handle != nullptr) place.resource->detach();
+  auto& resources = place.file->resources;
+  resources.erase(resources.begin() + (place.resource - resources.data()));
+}
+
 SInt16 ResourceFiles::unusedNumber() const {
   for (SInt16 number = kFirstNumber; number < kLastNumber; ++number) {
     auto isUsed = [number](const OpenFile& file) { return file.number == number; };
@@ -169,7 +205,7 @@ OSErr openResourceFile(const std::string& path, SInt16& file) {
   if (result != noErr) return result;
   ResourceFiles& files = ResourceFiles::shared();
   auto lock = files.lock();
-  return files.add(std::move(fork), file);
+  return files.add(std::move(fork), path, ResourceFiles::Access::kRead, file);
 }
 
 }  // namespace platform::resources

@@ -14,15 +14,17 @@
 
 namespace platform::resources {
 
-/// Opens a resource file for reading and makes it the current one, first in the order of search.
-/// Results are those of readResourceFork, and tmfoErr when no number is left for the file.
+/// Opens a resource file for reading and makes it the current one, first in the order of search,
+/// whether it is open already or not. Results are those of readResourceFork, and tmfoErr when no
+/// number is left for the file.
 OSErr openResourceFile(const std::string& path, SInt16& file);
 
 /// A resource of an open file. The handle is null until somebody asks for the resource.
 struct OpenResource {
   ResourceEntry entry;
-  Bytes data;
+  Bytes data;  // as it is in the file
   Handle handle = nullptr;
+  bool isInFile = true;  // a new one is not, until it is written
 
   /// Sees to it that there is a handle, with the data in it if that is asked for. memFullErr, and
   /// no handle, if there is no memory.
@@ -30,12 +32,26 @@ struct OpenResource {
   OSErr provide(Loading loading);
   void release();
   void detach();
+
+  bool isChanged() const { return (entry.attributes & resChanged) != 0; }
+  bool isProtected() const { return (entry.attributes & resProtected) != 0; }
 };
 
 struct OpenFile {
   SInt16 number = kResFileNotOpened;
+  std::string path;  // as it was opened, links followed
+  ForkPlace place;   // where its resources are written back to
+  UInt16 attributes = 0;
+  bool isReadOnly = false;
   std::vector<std::byte> fork;
-  std::vector<OpenResource> resources;
+  std::vector<OpenResource> resources;  // those of a type stand together
+
+  /// Puts a resource behind the last of its type.
+  void insert(OpenResource resource);
+  bool hasChanges() const;
+  /// Writes all changes, or those of one resource, and takes the outcome over as what is in the
+  /// file. On failure nothing has changed.
+  OSErr write(const OpenResource* one = nullptr);
 };
 
 /// All of it together, for whoever holds the lock. Spans of files have the last opened last.
@@ -47,8 +63,14 @@ class ResourceFiles final {
 
   std::unique_lock<std::mutex> lock() { return std::unique_lock(mutex); }
 
-  OSErr add(ResourceFork contents, SInt16& number);
+  enum class Access { kRead, kWrite };
+  OSErr add(ResourceFork contents, const std::string& path, Access access, SInt16& number);
+  /// Writes changes; the file is closed also where that fails.
   OSErr close(SInt16 number);
+
+  OpenFile* numbered(SInt16 number);
+  /// The open file of a canonical path, by whatever name it was opened; null if it is not open.
+  OpenFile* at(const std::string& path);
 
   SInt16 current() const { return currentNumber; }
   OSErr makeCurrent(SInt16 number);
@@ -65,6 +87,8 @@ class ResourceFiles final {
   };
   /// Where a resource handle belongs; nulls for any other.
   Place find(Handle handle);
+  /// Takes a resource out of its file; the handle, if there is one, is no resource any more.
+  void remove(const Place& place);
 
  private:
   ResourceFiles();

@@ -10,7 +10,7 @@
 #include <string_view>
 
 #include "platform/resources/NameComparison.h"
-#include "platform/resources/ResourceFiles.h"
+#include "platform/resources/ResourceCalls.h"
 
 namespace platform::resources {
 namespace {
@@ -19,16 +19,6 @@ thread_local OSErr resError = noErr;
 
 using Loading = OpenResource::Loading;
 using FileSpan = std::span<OpenFile>;
-
-/// The process's files, held by this thread until the call ends.
-class HeldFiles final {
- public:
-  ResourceFiles* operator->() const { return &files; }
-
- private:
-  ResourceFiles& files = ResourceFiles::shared();
-  std::unique_lock<std::mutex> lock = files.lock();
-};
 
 Handle provide(OpenResource& resource, Loading loading) {
   resError = resource.provide(loading);
@@ -110,19 +100,21 @@ void storeTypeAt(FileSpan files, ResType* type, SInt16 index) {
   *type = exists ? types[static_cast<std::size_t>(index) - 1] : 0;
 }
 
-/// The resource behind a handle; sets the result.
-OpenResource* resourceOf(const HeldFiles& files, Handle handle) {
-  OpenResource* resource = files->find(handle).resource;
-  resError = resource == nullptr ? OSErr{resNotFound} : OSErr{noErr};
-  return resource;
-}
-
 void copyName(const std::string& name, unsigned char* target) {
   target[0] = static_cast<unsigned char>(name.size());
   std::memcpy(target + 1, name.data(), name.size());
 }
 
 }  // namespace
+
+void setResError(OSErr result) { resError = result; }
+
+OpenResource* resourceOf(const HeldFiles& files, Handle handle) {
+  OpenResource* resource = files->find(handle).resource;
+  resError = resource == nullptr ? OSErr{resNotFound} : OSErr{noErr};
+  return resource;
+}
+
 }  // namespace platform::resources
 
 using namespace platform::resources;
@@ -223,10 +215,17 @@ SInt32 GetResourceSizeOnDisk(Handle resource) {
 
 void ReleaseResource(Handle resource) {
   HeldFiles files;
-  if (OpenResource* found = resourceOf(files, resource)) found->release();
+  OpenResource* found = resourceOf(files, resource);
+  if (found != nullptr && !found->isChanged()) found->release();
 }
 
 void DetachResource(Handle resource) {
   HeldFiles files;
-  if (OpenResource* found = resourceOf(files, resource)) found->detach();
+  OpenResource* found = resourceOf(files, resource);
+  if (found == nullptr) return;
+  if (found->isChanged()) {
+    setResError(resAttrErr);
+  } else {
+    found->detach();
+  }
 }

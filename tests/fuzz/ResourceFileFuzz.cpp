@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <span>
 
+#include "platform/resources/AppleDouble.h"
 #include "platform/resources/ResourceFile.h"
 #include "platform/resources/ResourceWriter.h"
 #include "platform/userinterface/AlertResource.h"

@@ -1,4 +1,5 @@
 // Licence: MIT, see LICENSE.
+#include "platform/resources/AppleDouble.h"
 #include "platform/resources/ResourceFile.h"
 
 #include <gtest/gtest.h>
