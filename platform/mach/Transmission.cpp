@@ -26,11 +26,10 @@ constexpr std::size_t kMemoryFileFrom = std::size_t{16} << 20;
 // How much may wait in a backlog before its client is no longer listened to.
 constexpr std::size_t kBacklogBytes = std::size_t{1} << 20;
 constexpr std::size_t kBacklogLength = 256;
-constexpr host::Nanoseconds kMillisecond = 1'000'000;
 // How long an answer may hold its sender up, and how long a port that goes waits for those that
 // read what it has answered.
-constexpr host::Nanoseconds kMoment = 20 * kMillisecond;
-constexpr host::Nanoseconds kFarewell = 1'000 * kMillisecond;
+constexpr host::Nanoseconds kMoment = 20'000'000;
+constexpr host::Nanoseconds kFarewell = 1'000'000'000;
 
 kern_return_t codeOfSend(host::Error error) {
   switch (error) {

@@ -15,8 +15,14 @@ const char kAgentPort[] = QRL_AGENT_PORT_NAME;
 namespace {
 
 Build buildIn(const char* name, const std::string& folder, Runner runner) {
-  return {name, folder + "/bin/qrl", folder + "/bin/qrlagentd",
-          folder + "/tests/integration/echo_server", runner};
+  const std::string tests = folder + "/tests/integration/";
+  return {name,
+          folder + "/bin/qrl",
+          folder + "/bin/qrlagentd",
+          tests + "echo_server",
+          tests + "fault_server",
+          tests + "fault_client",
+          runner};
 }
 
 std::string contentsOf(const std::filesystem::path& path) {

@@ -27,6 +27,8 @@ struct Build {
   std::string qrl;
   std::string agent;
   std::string echoServer;
+  std::string faultServer;
+  std::string faultClient;
   Runner runner;
 };
 
