@@ -26,7 +26,7 @@ EXTERN_API_BEGIN
 
 CFTypeID CFURLGetTypeID(void);
 
-/* A text that is already escaped. Without a base it starts with its scheme. */
+/* A text that is already escaped, empty only where there is a base. */
 CFURLRef CFURLCreateWithBytes(CFAllocatorRef allocator, const UInt8* bytes, CFIndex length,
                               CFStringEncoding encoding, CFURLRef baseURL);
 CFURLRef CFURLCreateWithString(CFAllocatorRef allocator, CFStringRef text, CFURLRef baseURL);
