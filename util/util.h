@@ -8,7 +8,10 @@
 #include <quorvant/util/OSTypeStrings.h>
 #include <quorvant/util/QRLExport.h>
 #include <quorvant/util/QRLTypes.h>
+#include <quorvant/util/ResourceUtils.h>
 #include <quorvant/util/StringUtils.h>
 #include <quorvant/util/VersionStrings.h>
+#include <quorvant/util/WithComponentResFile.h>
+#include <quorvant/util/WithTempResFile.h>
 
 #endif

@@ -19,6 +19,9 @@ namespace platform::resources {
 /// number is left for the file.
 OSErr openResourceFile(const std::string& path, SInt16& file);
 
+/// Opens a file as FSpOpenResFile does: once. The number is untouched on failure.
+OSErr openResourceFileOnce(const std::string& path, SInt8 permission, SInt16& number);
+
 /// A resource of an open file. The handle is null until somebody asks for the resource.
 struct OpenResource {
   ResourceEntry entry;

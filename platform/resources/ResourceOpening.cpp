@@ -35,20 +35,6 @@ OSErr useOpenFile(const OpenFile& file, SInt8 permission, SInt16& number) {
   return noErr;
 }
 
-OSErr openPath(const std::string& path, SInt8 permission, SInt16& number) {
-  if (permission < fsCurPerm || permission > fsRdWrPerm) return paramErr;
-  const auto canonical = host::canonicalPath(path);
-  const std::string& opened = canonical ? *canonical : path;
-  HeldFiles files;
-  if (const OpenFile* file = files->at(opened)) return useOpenFile(*file, permission, number);
-  ResourceFork fork;
-  OSErr result = readResourceFork(opened, fork);
-  if (result != noErr) return result;
-  Access access = Access::kRead;
-  result = accessFor(permission, fork.place, access);
-  return result == noErr ? files->add(std::move(fork), opened, access, number) : result;
-}
-
 template <typename Place, typename Resolve>
 SInt16 openPlace(const Place* place, SInt8 permission, Resolve resolve) {
   SInt16 number = kResFileNotOpened;
@@ -56,7 +42,7 @@ SInt16 openPlace(const Place* place, SInt8 permission, Resolve resolve) {
   try {
     std::string path;
     if (place != nullptr) result = resolve(*place, path);
-    if (result == noErr) result = openPath(path, permission, number);
+    if (result == noErr) result = openResourceFileOnce(path, permission, number);
   } catch (const std::bad_alloc&) {
     result = memFullErr;
   }
@@ -83,6 +69,21 @@ OSErr createAt(const FSSpec& spec) {
 }
 
 }  // namespace
+
+OSErr openResourceFileOnce(const std::string& path, SInt8 permission, SInt16& number) {
+  if (permission < fsCurPerm || permission > fsRdWrPerm) return paramErr;
+  const auto canonical = host::canonicalPath(path);
+  const std::string& opened = canonical ? *canonical : path;
+  HeldFiles files;
+  if (const OpenFile* file = files->at(opened)) return useOpenFile(*file, permission, number);
+  ResourceFork fork;
+  OSErr result = readResourceFork(opened, fork);
+  if (result != noErr) return result;
+  Access access = Access::kRead;
+  result = accessFor(permission, fork.place, access);
+  return result == noErr ? files->add(std::move(fork), opened, access, number) : result;
+}
+
 }  // namespace platform::resources
 
 using namespace platform::resources;
