@@ -50,8 +50,8 @@ KeptDirectory& systems() {
 void append(SearchList& list, const host::Result<Directory>& directory) {
   if (directory) {
     list.directories.push_back(*directory);
-  } else if (directory.error() == host::Error::kPermission) {
-    list.refusal = true;
+  } else if (directory.error() != host::Error::kNotFound && !list.refusal) {
+    list.refusal = directory.error();
   }
 }
 

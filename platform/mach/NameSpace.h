@@ -6,6 +6,7 @@
 #include <mach/port.h>
 
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "platform/host/NameDirectory.h"
@@ -25,10 +26,10 @@ using Directory = std::shared_ptr<host::NameDirectory>;
 host::Result<Directory> ownDirectory();
 
 /// The directories in which names are looked for, those that exist, in their order. `refusal` tells
-/// whether one was left out because it is not safe to use.
+/// why one was left out that there is: it is not safe to use, or the host had no descriptor for it.
 struct SearchList {
   std::vector<Directory> directories;
-  bool refusal = false;
+  std::optional<host::Error> refusal;
 };
 SearchList searchedDirectories();
 

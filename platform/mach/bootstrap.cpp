@@ -108,7 +108,8 @@ kern_return_t lookUpInDirectory(const host::NameDirectory& directory, const char
 
 kern_return_t lookUp(const char* folder, const char* name, mach_port_name_t* port) {
   const SearchList list = searchedDirectories();
-  kern_return_t first = list.refusal ? BOOTSTRAP_NOT_PRIVILEGED : BOOTSTRAP_UNKNOWN_SERVICE;
+  kern_return_t first =
+      list.refusal ? codeOf(*list.refusal, BOOTSTRAP_UNKNOWN_SERVICE) : BOOTSTRAP_UNKNOWN_SERVICE;
   for (const Directory& directory : list.directories) {
     const kern_return_t result = lookUpInDirectory(*directory, folder, name, port);
     if (result == KERN_SUCCESS) return result;

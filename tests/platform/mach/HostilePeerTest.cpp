@@ -329,7 +329,6 @@ TEST_F(ExhaustedDescriptors, AreReportedByTheCallsThatNeedOne) {
   const auto server = startServer("theirs");
   const OwnPort other;
   PortSet second;
-  lookUp("nobody");
   ASSERT_NO_FATAL_FAILURE(exhaust());
   mach_port_t found = 7;
   EXPECT_EQ(BOOTSTRAP_NO_MEMORY, bootstrap_look_up(kBootstrapPort, "theirs", &found));
