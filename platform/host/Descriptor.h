@@ -3,6 +3,7 @@
 #ifndef PLATFORM_HOST_DESCRIPTOR_H
 #define PLATFORM_HOST_DESCRIPTOR_H
 
+#include <cstddef>
 #include <utility>
 
 namespace platform::host {
@@ -33,6 +34,9 @@ class Descriptor final {
  private:
   int fd = -1;
 };
+
+/// How many descriptors this process may have open.
+std::size_t descriptorLimit();
 
 }  // namespace platform::host
 

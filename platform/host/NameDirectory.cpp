@@ -249,10 +249,12 @@ Result<SocketIdentity> NameDirectory::identify(const std::string& folder,
                                                const std::string& name) const {
   struct stat state {};
   const std::string file = folder + "/" + fileNameOf(name);
-  if (fstatat(directory.number(), file.c_str(), &state, AT_SYMLINK_NOFOLLOW) == -1) {
-    return lastError();
+  if (fstatat(directory.number(), file.c_str(), &state, AT_SYMLINK_NOFOLLOW) == 0) {
+    return identityOf(state);
   }
-  return identityOf(state);
+  const Error error = lastError();
+  const Result<Descriptor> names = subdirectory(folder, Make::kNo);
+  return names ? error : names.error();
 }
 
 Result<NamedConnection> NameDirectory::connect(const std::string& folder,
@@ -285,10 +287,10 @@ Result<NamedConnection> NameDirectory::connectFile(const Descriptor& folder,
   return NamedConnection{std::move(*connection), identityOf(state)};
 }
 
-std::vector<std::string> NameDirectory::names(const std::string& folder) const {
-  std::vector<std::string> found;
+Result<std::vector<std::string>> NameDirectory::names(const std::string& folder) const {
   Result<Descriptor> opened = subdirectory(folder, Make::kNo);
-  if (!opened) return found;
+  if (!opened) return opened.error();
+  std::vector<std::string> found;
   Listing listing(std::move(*opened));
   while (const char* file = listing.next()) {
     if (std::optional<std::string> name = nameOfFile(file)) found.push_back(std::move(*name));

@@ -66,14 +66,15 @@ class NameDirectory final {
   void release(const SocketIdentity& socket, const std::string& folder,
                const std::string& name) const;
 
-  /// Which socket file has a name, dead or alive.
+  /// Which socket file has a name, dead or alive. kPermission for one that is missing from a folder
+  /// that is not to be trusted.
   Result<SocketIdentity> identify(const std::string& folder, const std::string& name) const;
   /// Connects to the owner of a name. kNotFound if there is none alive, kPermission, with a line
   /// that says why, if the file is not a socket of ours or root's.
   Result<NamedConnection> connect(const std::string& folder, const std::string& name) const;
 
-  /// Every name in a folder, dead ones included.
-  std::vector<std::string> names(const std::string& folder) const;
+  /// Every name in a folder, dead ones included. Fails as subdirectory().
+  Result<std::vector<std::string>> names(const std::string& folder) const;
   /// Removes a name whose owner is dead.
   void reap(const std::string& folder, const std::string& name) const;
 

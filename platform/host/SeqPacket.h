@@ -17,6 +17,7 @@ namespace platform::host {
 struct Peer {
   int process = 0;
   unsigned user = 0;
+  friend bool operator==(const Peer&, const Peer&) = default;
 };
 
 /// Takes the oldest waiting connection of a listening socket.

@@ -18,6 +18,11 @@ constexpr int kMostAccepted = 64;
 // beginning messages would hold its reader for ever.
 constexpr int kPacketsInARow = 32;
 
+// An honest process has one connection to a port, on which one message is under way; a few more may
+// not have been seen to end yet. What a dishonest one may have, while it is alive:
+constexpr std::size_t kMostConnections = 128;
+constexpr std::size_t kMostUnfinished = std::size_t{64} << 20;  // bytes, on several connections
+
 std::span<std::byte> packetBuffer() {
   static thread_local const std::unique_ptr<std::byte[]> buffer(
       new std::byte[kPacketHeaderSize + kPacketBodyLimit]);
@@ -80,6 +85,22 @@ bool deliver(const std::shared_ptr<Connection>& connection, const PacketHeader& 
   return true;
 }
 
+/// Whether a process has more unfinished messages to a port than one that is honest.
+bool beginsTooMuch(const Connection& connection) {
+  const Lock lock(space().mutex);
+  const std::shared_ptr<Port> port = connection.port.lock();
+  if (!port) return false;
+  std::size_t bytes = 0;
+  unsigned messages = 0;
+  for (const std::shared_ptr<Connection>& other : port->accepted) {
+    const std::size_t unfinished = other->unfinished.load(std::memory_order_relaxed);
+    if (unfinished == 0 || other->peer != connection.peer) continue;
+    bytes += unfinished;
+    ++messages;
+  }
+  return messages > 1 && bytes > kMostUnfinished;
+}
+
 enum class Progress { kPart, kMessage, kEnd };
 
 /// What a packet brings the connection's reader. Exhausted memory ends the connection alone.
@@ -87,7 +108,10 @@ Progress take(const std::shared_ptr<Connection>& connection, const host::Receive
   try {
     Assembler& assembler = connection->assembler;
     const Assembler::Outcome outcome = feed(assembler, packet);
-    if (outcome == Assembler::Outcome::kPartial) return Progress::kPart;
+    connection->unfinished.store(assembler.unfinished(), std::memory_order_relaxed);
+    if (outcome == Assembler::Outcome::kPartial) {
+      return beginsTooMuch(*connection) ? Progress::kEnd : Progress::kPart;
+    }
     std::optional<Buffer> body = bodyOf(assembler, outcome, packet);
     const bool delivered = body && deliver(connection, assembler.header(), std::move(*body));
     return delivered ? Progress::kMessage : Progress::kEnd;
@@ -106,16 +130,36 @@ bool mayConnect(const Listener& listener, const host::Peer& peer) {
   return peer.user == host::effectiveUser() || peer.user == 0;
 }
 
+/// Whether a process has as many connections to a port as it may. Those that it has closed count
+/// no more, even where they have not been read to their end.
+bool hasTooMany(const Port& port, const host::Peer& peer) {
+  const auto isTheirs = [&](const auto& connection) { return connection->peer == peer; };
+  const auto isOpen = [&](const auto& connection) {
+    return isTheirs(connection) && !host::hasHungUp(*connection->socket);
+  };
+  const auto atLeast = static_cast<std::ptrdiff_t>(kMostConnections);
+  return std::ranges::count_if(port.accepted, isTheirs) >= atLeast &&
+         std::ranges::count_if(port.accepted, isOpen) >= atLeast;
+}
+
+/// Whether there is a descriptor for one more connection. A part of them is for what this process
+/// does itself.
+bool mayTakeOneOf(std::size_t limit) {
+  const Lock lock(space().mutex);
+  return space().accepted < limit / 4 * 3;
+}
+
 void welcome(const std::shared_ptr<Listener>& listener, host::Descriptor accepted) {
   const host::Result<host::Peer> peer = host::peerOf(accepted);
   if (!peer || !mayConnect(*listener, *peer)) return;
   const Lock lock(space().mutex);
   const std::shared_ptr<Port> port = listener->port.lock();
-  if (!port || port->dead) return;
+  if (!port || port->dead || hasTooMany(*port, *peer)) return;
   auto connection = std::make_shared<Connection>(std::move(accepted));
   connection->peer = *peer;
   connection->port = port;
   port->accepted.push_back(connection);
+  ++space().accepted;
   for (WaitSet* set : port->sets) set->watch(connection);
 }
 
@@ -136,6 +180,7 @@ bool serve(const std::shared_ptr<Connection>& connection, const Socket& socket) 
     const Progress progress = packet ? take(connection, *packet) : Progress::kEnd;
     if (progress == Progress::kMessage) return true;
     if (progress == Progress::kEnd) {
+      connection->assembler = Assembler();
       hangUpNow(connection);
       return false;
     }
@@ -148,7 +193,11 @@ void hangUp(std::shared_ptr<Connection> connection) {
   for (WaitSet* set : std::vector<WaitSet*>(connection->watchers)) set->forget(*connection);
   const Socket socket = std::exchange(connection->socket, nullptr);
   host::shutDown(*socket);
-  if (connection->made) std::erase(space().made, connection);
+  if (connection->made) {
+    std::erase(space().made, connection);
+  } else {
+    --space().accepted;
+  }
   if (const std::shared_ptr<Port> port = connection->port.lock()) {
     std::erase(port->accepted, connection);
   }
@@ -183,7 +232,9 @@ void passLead(const std::shared_ptr<Connection>& connection) {
 }
 
 bool acceptWaiting(const std::shared_ptr<Listener>& listener, const Socket& socket) {
+  const std::size_t limit = host::descriptorLimit();
   for (int i = 0; i < kMostAccepted; ++i) {
+    if (!mayTakeOneOf(limit)) return false;
     host::Result<host::Descriptor> accepted = host::acceptConnection(*socket);
     if (accepted) {
       welcome(listener, std::move(*accepted));

@@ -16,18 +16,25 @@ namespace platform::mach {
 
 namespace {
 
-void listInto(std::map<std::string, NamedPort>& found, const host::NameDirectory& directory,
+/// False if a name was refused.
+bool listInto(std::map<std::string, NamedPort>& found, const host::NameDirectory& directory,
               const char* folder) {
+  const host::Result<std::vector<std::string>> names = directory.names(folder);
+  if (!names) return names.error() != host::Error::kPermission;
+  bool complete = true;
   const bool systems = directory.audience() == host::NameDirectory::Audience::kEveryone;
-  for (const std::string& name : directory.names(folder)) {
+  for (const std::string& name : *names) {
     const host::Result<host::NamedConnection> owner = directory.connect(folder, name);
     if (owner) {
       const host::Result<host::Peer> peer = host::peerOf(owner->connection);
       found.try_emplace(name, NamedPort{name, peer ? peer->process : 0, systems});
     } else if (owner.error() == host::Error::kNotFound) {
       directory.reap(folder, name);
+    } else if (owner.error() == host::Error::kPermission) {
+      complete = false;
     }
   }
+  return complete;
 }
 
 /// Where a name may appear: a search list and descriptors that tell of changes there.
@@ -86,14 +93,16 @@ kern_return_t codeOf(host::Error error) {
 
 }  // namespace
 
-std::vector<NamedPort> liveNames(const char* directory) {
+kern_return_t liveNames(const char* directory, std::vector<NamedPort>& names) {
   std::map<std::string, NamedPort> found;
-  for (const Directory& searched : searchedDirectories().directories) {
-    listInto(found, *searched, directory);
+  const SearchList list = searchedDirectories();
+  bool complete = !list.refusal;
+  for (const Directory& searched : list.directories) {
+    complete = listInto(found, *searched, directory) && complete;
   }
-  std::vector<NamedPort> names;
+  names.clear();
   for (auto& [name, port] : found) names.push_back(std::move(port));
-  return names;
+  return complete ? KERN_SUCCESS : BOOTSTRAP_NOT_PRIVILEGED;
 }
 
 kern_return_t waitForName(const char* directory, const char* name, host::Deadline deadline) {

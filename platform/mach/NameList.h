@@ -22,9 +22,10 @@ struct NamedPort {
   bool isSystems = false;  // it stands in the system's name space, not in the user's own
 };
 
-/// The names in a directory that somebody alive holds, sorted; a name of the user's own hides the
-/// system's. Names of the dead are removed on the way, where we may.
-std::vector<NamedPort> liveNames(const char* directory);
+/// Stores the names in a directory that somebody alive holds, sorted; a name of the user's own
+/// hides the system's. Names of the dead are removed on the way, where we may.
+/// BOOTSTRAP_NOT_PRIVILEGED when a name, or a whole name space, was refused and is missing.
+kern_return_t liveNames(const char* directory, std::vector<NamedPort>& names);
 
 /// Waits until somebody alive holds a name: KERN_SUCCESS, or MACH_RCV_TIMED_OUT when the deadline
 /// passes first. BOOTSTRAP_NOT_PRIVILEGED when the name space refuses us, BOOTSTRAP_BAD_COUNT for

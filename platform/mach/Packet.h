@@ -63,6 +63,8 @@ class Assembler final {
   Outcome feed(Bytes packet);
 
   const PacketHeader& header() const { return current; }
+  /// Bytes of a message that more packets belong to.
+  std::size_t unfinished() const { return underWay ? body.size : 0; }
   Buffer takeBody() { return std::exchange(body, Buffer{}); }
 
  private:

@@ -15,6 +15,7 @@
 #ifndef PLATFORM_MACH_SPACE_H
 #define PLATFORM_MACH_SPACE_H
 
+#include <atomic>
 #include <condition_variable>
 #include <cstdint>
 #include <deque>
@@ -117,7 +118,8 @@ struct Connection final : Source {
   // Reading, one thread at a time.
   Waiter* leader = nullptr;
   std::mutex reading;
-  Assembler assembler;  // guarded by `reading`
+  Assembler assembler;                     // guarded by `reading`
+  std::atomic<std::size_t> unfinished{0};  // what the assembler holds of a message
 };
 
 struct QueuedMessage {
@@ -164,6 +166,7 @@ struct Space {
   NameTable names;
   std::vector<std::shared_ptr<Connection>> made;
   std::vector<std::shared_ptr<Listener>> listeners;
+  std::size_t accepted = 0;  // connections that others made to our ports
   std::unordered_map<std::uint32_t, std::weak_ptr<Port>> deathNotices;
   std::uint64_t lastKey = 0;
   std::uint64_t lastSequence = 0;

@@ -80,7 +80,9 @@ std::string portName(Serial serial, SInt32 pid) {
 /// other process is woken for this.
 void reap(const host::NameDirectory& directory, const ProcessRecords& records) {
   records.reap();
-  for (const std::string& name : directory.names(kFolder)) {
+  const auto names = directory.names(kFolder);
+  if (!names) return;
+  for (const std::string& name : *names) {
     if (!name.starts_with(kPortPrefix)) continue;
     Serial serial = 0;
     std::from_chars(name.data() + kPortPrefix.size(), name.data() + name.size(), serial);
@@ -158,6 +160,12 @@ mach_port_name_t privatePort() {
   Table& state = table();
   const std::lock_guard lock(state.mutex);
   return state.membership ? state.membership->port.name() : mach_port_name_t{MACH_PORT_NULL};
+}
+
+ProcessSerialNumber presentSerialNumber() {
+  Table& state = table();
+  const std::lock_guard lock(state.mutex);
+  return {0, state.membership ? state.membership->serial : Serial{kNoProcess}};
 }
 
 OSStatus portOfProcess(const ProcessSerialNumber& process, mach_port_name_t& port) {

@@ -17,6 +17,10 @@ namespace platform::processes {
 /// procNotFound when the name space cannot be used.
 OSStatus checkIn(ProcessSerialNumber& self);
 
+/// The number under which this process is checked in, without looking whether the name space is
+/// still the same one; {0, kNoProcess} before check-in.
+ProcessSerialNumber presentSerialNumber();
+
 /// The receive right of this process's private port, MACH_PORT_NULL before check-in.
 mach_port_name_t privatePort();
 

@@ -43,13 +43,14 @@ void printTable(const std::vector<NamedPort>& ports) {
 }  // namespace
 
 ExitStatus run(const PortsCommand& command) {
-  const std::vector<NamedPort> ports = platform::mach::liveNames(platform::mach::kBootstrapFolder);
+  std::vector<NamedPort> ports;
+  const kern_return_t result = platform::mach::liveNames(platform::mach::kBootstrapFolder, ports);
   if (command.json) {
     printJson(ports);
   } else {
     printTable(ports);
   }
-  return kDone;
+  return result == KERN_SUCCESS ? kDone : kHostFailed;  // the refusal has its own line
 }
 
 }  // namespace qrl

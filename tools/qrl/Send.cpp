@@ -3,6 +3,7 @@
 #include <quorvant/aemessaging/QRLPortAppleEvent.h>
 #include <quorvant/aemessaging/QRLPortDestinationAddress.h>
 #include <quorvant/aemessaging/QRLProcessDestinationAddress.h>
+#include <servers/bootstrap.h>
 
 #include <cmath>
 #include <iostream>
@@ -27,6 +28,8 @@ ExitStatus failed(const std::string& server, SInt32 error) {
       return fail(kTimedOut, server + " did not answer in time");
     case connectionInvalid:
       return fail(kServerGone, server + " went away before it answered");
+    case BOOTSTRAP_NOT_PRIVILEGED:
+      return kHostFailed;  // the refusal has its own line
     default:
       return fail(kHostFailed, server + " cannot be reached: " + describeError(error));
   }

@@ -1,4 +1,6 @@
 // Licence: MIT, see LICENSE.
+#include <servers/bootstrap.h>
+
 #include "platform/mach/NameList.h"
 #include "tools/qrl/Commands.h"
 #include "tools/qrl/Errors.h"
@@ -28,6 +30,7 @@ ExitStatus run(const WaitCommand& command) {
     return fail(kTimedOut,
                 command.name + (command.gone ? " did not go" : " did not appear") + " in time");
   }
+  if (result == BOOTSTRAP_NOT_PRIVILEGED) return kHostFailed;  // the refusal has its own line
   return fail(kHostFailed, "cannot wait for " + command.name + ": " + describeError(result));
 }
 

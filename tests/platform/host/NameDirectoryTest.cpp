@@ -164,10 +164,18 @@ TEST_F(Names, AreReleasedByTheirOwnerOnly) {
 TEST_F(Names, AreListedDeadOnesIncluded) {
   ASSERT_TRUE(names->claim(socket, "ports", ".one"));
   ASSERT_TRUE(names->claim(socket, "ports", "t/wo"));
-  std::vector<std::string> found = names->names("ports");
+  std::vector<std::string> found = *names->names("ports");
   std::sort(found.begin(), found.end());
   EXPECT_EQ((std::vector<std::string>{".one", "t/wo"}), found);
-  EXPECT_TRUE(names->names("nowhere").empty());
+  EXPECT_EQ(Error::kNotFound, names->names("nowhere").error());
+}
+
+TEST_F(Names, AreNotLookedForBehindALink) {
+  ASSERT_TRUE(names->claim(socket, "ports", "one"));
+  fs::create_directory_symlink("ports", path / "link");
+  EXPECT_EQ(Error::kPermission, names->names("link").error());
+  EXPECT_EQ(Error::kPermission, names->connect("link", "one").error());
+  EXPECT_EQ(Error::kPermission, names->identify("link", "two").error());
 }
 
 TEST_F(Names, AreReapedOnlyWhenTheyAreDead) {

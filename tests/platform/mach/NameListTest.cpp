@@ -19,26 +19,41 @@ using platform::mach::waitForName;
 
 class NameList : public MachTest {
  protected:
+  static std::vector<NamedPort> ports() {
+    std::vector<NamedPort> found;
+    EXPECT_EQ(KERN_SUCCESS, liveNames(kBootstrapFolder, found));
+    return found;
+  }
   static std::vector<std::string> names() {
     std::vector<std::string> found;
-    for (const NamedPort& port : liveNames(kBootstrapFolder)) found.push_back(port.name);
+    for (const NamedPort& port : ports()) found.push_back(port.name);
     return found;
   }
 };
 
-TEST_F(NameList, IsEmptyAtFirst) { EXPECT_TRUE(liveNames(kBootstrapFolder).empty()); }
+TEST_F(NameList, IsEmptyAtFirst) { EXPECT_TRUE(ports().empty()); }
 
 TEST_F(NameList, TellsWhoHoldsWhichName) {
   const OwnPort port;
   ASSERT_EQ(KERN_SUCCESS, registerName("a/own", port));
   const auto server = startServer(".theirs", "deaf");
-  const std::vector<NamedPort> found = liveNames(kBootstrapFolder);
+  const std::vector<NamedPort> found = ports();
   ASSERT_EQ(2u, found.size());
   EXPECT_EQ(".theirs", found[0].name);
   EXPECT_EQ(server->pid(), found[0].process);
   EXPECT_EQ("a/own", found[1].name);
   EXPECT_EQ(getpid(), found[1].process);
   EXPECT_FALSE(found[1].isSystems);
+}
+
+TEST_F(NameList, SaysThatANameWasRefusedAndListsTheOthers) {
+  const OwnPort port;
+  ASSERT_EQ(KERN_SUCCESS, registerName("real", port));
+  fs::create_symlink("real", directory() / "ports/link");
+  std::vector<NamedPort> found;
+  EXPECT_EQ(BOOTSTRAP_NOT_PRIVILEGED, liveNames(kBootstrapFolder, found));
+  ASSERT_EQ(1u, found.size());
+  EXPECT_EQ("real", found[0].name);
 }
 
 TEST_F(NameList, LeavesTheDeadOutAndRemovesTheirNames) {
@@ -57,7 +72,7 @@ TEST_F(NameList, HidesASystemsNameBehindOnesOwn) {
   fs::create_directories(systems);
   fs::create_hard_link(directory() / "ports/both", systems / "both");
   fs::create_hard_link(directory() / "ports/both", systems / "daemon");
-  const std::vector<NamedPort> found = liveNames(kBootstrapFolder);
+  const std::vector<NamedPort> found = ports();
   ASSERT_EQ(2u, found.size());
   EXPECT_FALSE(found[0].isSystems);
   EXPECT_EQ("daemon", found[1].name);
@@ -110,7 +125,19 @@ TEST_F(NameList, ReportsANameSpaceThatIsNotSafe) {
   fs::permissions(directory(), fs::perms::all);
   EXPECT_EQ(BOOTSTRAP_NOT_PRIVILEGED, waitForName(kBootstrapFolder, "a", soon()));
   EXPECT_EQ(BOOTSTRAP_NOT_PRIVILEGED, waitForEnd(kBootstrapFolder, "a", soon()));
-  EXPECT_TRUE(names().empty());
+  std::vector<NamedPort> found{{"old", 1, false}};
+  EXPECT_EQ(BOOTSTRAP_NOT_PRIVILEGED, liveNames(kBootstrapFolder, found));
+  EXPECT_TRUE(found.empty());
+}
+
+TEST_F(NameList, ReportsAFolderThatIsNotSafe) {
+  const OwnPort port;
+  ASSERT_EQ(KERN_SUCCESS, registerName("a", port));
+  fs::rename(directory() / "ports", directory() / "real");
+  fs::create_directory_symlink("real", directory() / "ports");
+  std::vector<NamedPort> found;
+  EXPECT_EQ(BOOTSTRAP_NOT_PRIVILEGED, liveNames(kBootstrapFolder, found));
+  EXPECT_TRUE(found.empty());
 }
 
 }  // namespace
