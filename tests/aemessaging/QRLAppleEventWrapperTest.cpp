@@ -8,6 +8,7 @@
 
 #include "tests/aemessaging/FrameworkCalls.h"
 #include "tests/aemessaging/TestListener.h"
+#include "tests/support/AllocationFailures.h"
 #include "tests/support/PrivateRoot.h"
 
 namespace {
@@ -261,6 +262,54 @@ TEST_F(EventWrapper, ForgetsTheLastReplyWhenItIsSentAgain) {
   EXPECT_EQ(event->sendEvent(0, 60, 0), 0);
   EXPECT_EQ(event->replyReceived, 1u);
   EXPECT_EQ(event->replyHadError, 0u);
+}
+
+// -- Printing --
+
+TEST(EventWrapperPrinting, WritesADescriptorAsText) {
+  AEDesc desc;
+  ASSERT_EQ(AECreateDesc(typeChar, "say \"hi\"", 8, &desc), noErr);
+  char* text = nullptr;
+  ASSERT_EQ(QRLAppleEventWrapper::printDescToBufAlloc(&desc, text), noErr);
+  EXPECT_STREQ(text, "\"say \\\"hi\\\"\"");
+  delete[] text;
+  AEDisposeDesc(&desc);
+}
+
+TEST(EventWrapperPrinting, PassesOnWhyThereIsNoText) {
+  char untouched = 0;
+  char* text = &untouched;
+  EXPECT_EQ(QRLAppleEventWrapper::printDescToBufAlloc(nullptr, text), paramErr);
+  EXPECT_EQ(text, &untouched);
+}
+
+TEST(EventWrapperPrinting, FailsWithEachAllocationAndLeaksNothing) {
+  AEDesc desc;
+  ASSERT_EQ(AECreateDesc(typeUTF8Text, "hello", 5, &desc), noErr);
+  char untouched = 0;
+  char* text = &untouched;
+  const UInt32 allocations = tests::failEachAllocation(
+      [&] { return QRLAppleEventWrapper::printDescToBufAlloc(&desc, text); },
+      [&](OSErr status, bool failed) {
+        EXPECT_EQ(status, failed ? OSErr{memFullErr} : OSErr{noErr});
+        if (failed) {
+          EXPECT_EQ(text, &untouched);
+        }
+      });
+  EXPECT_GE(allocations, 8u);  // two texts and a line with their blocks, the handle, the array
+  EXPECT_STREQ(text, "'utf8'(\"hello\")");
+  delete[] text;
+  AEDisposeDesc(&desc);
+}
+
+TEST(EventWrapperPrinting, WritesNothingForDiagnostics) {
+  testing::internal::CaptureStdout();
+  testing::internal::CaptureStderr();
+  const AEDesc null = {typeNull, nullptr};
+  QRLAppleEventWrapper::printDesc("label", &null);
+  QRLAppleEventWrapper::printDesc(nullptr, nullptr);
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 
 // -- The end --
