@@ -42,7 +42,7 @@ OSErr AECreateList(const void* factoring, Size factoredSize, Boolean isRecord, A
   *result = kNullDesc;
   if (factoring != nullptr && factoredSize < 0) return paramErr;
   const DescType type = isRecord ? typeAERecord : typeAEList;
-  std::unique_ptr<Storage> storage = makeEmpty(type);
+  std::unique_ptr<Storage> storage = makeEmpty();
   if (storage == nullptr) return memFullErr;
   *result = {type, storage.release()};
   return noErr;

@@ -89,20 +89,27 @@ OSErr findAttribute(const AppleEvent* event, AEKeyword keyword, std::byte (&word
   return noErr;
 }
 
-/// Gives a new event all attributes that one has, so that sending it changes only their values.
-OSErr putFirstAttributes(AppleEvent& event, AEEventClass eventClass, AEEventID eventID,
-                         const AEAddressDesc* target, AEReturnID returnID,
-                         AETransactionID transactionID) {
-  OSErr status = putAttribute(event, keyEventClassAttr, typeType, eventClass);
-  if (status == noErr) status = putAttribute(event, keyEventIDAttr, typeType, eventID);
-  if (status == noErr) status = putAttribute(event, keyReturnIDAttr, typeSInt16, returnID);
-  if (status == noErr)
-    status = putAttribute(event, keyTransactionIDAttr, typeSInt32, transactionID);
-  if (status == noErr && target != nullptr && target->descriptorType != typeNull) {
-    status = AEPutAttributeDesc(&event, keyAddressAttr, target);
+constexpr Postmark kUnsent = {kAENoReply, kAEDefaultTimeout, kAEUnknownSource, {0, 0}};
+
+OSErr create(const Beginning& beginning, AppleEvent* result) {
+  std::unique_ptr<Storage> storage = makeEvent(beginning, kUnsent);
+  if (storage == nullptr) return memFullErr;
+  *result = {typeAppleEvent, storage.release()};
+  return noErr;
+}
+
+/// Puts the parts of a postmark one by one.
+OSErr putPostmark(AppleEvent& event, const Postmark& mark) {
+  OSErr status = putAttribute(event, keyReplyRequestedAttr, typeBoolean, mark.wantsReply());
+  if (status == noErr) {
+    status = putAttribute(event, keyTimeoutAttr, typeSInt32, mark.timeOutInTicks);
   }
+  if (status == noErr) {
+    status = putAttribute(event, keyInteractLevelAttr, typeSInt32, mark.interactionLevel());
+  }
+  if (status == noErr) status = putAttribute(event, keyEventSourceAttr, typeSInt16, mark.source);
   if (status != noErr) return status;
-  return stamp(event, {kAENoReply, kAEDefaultTimeout, kAEUnknownSource, {0, 0}});
+  return putAttribute(event, keyOriginalAddressAttr, typeProcessSerialNumber, mark.sender);
 }
 
 }  // namespace
@@ -110,18 +117,9 @@ OSErr putFirstAttributes(AppleEvent& event, AEEventClass eventClass, AEEventID e
 namespace platform::appleevents {
 
 OSErr stamp(const AppleEvent& event, const Postmark& mark) {
+  if (writeOver(event.dataHandle->writable(), mark)) return noErr;
   AppleEvent changed = event;  // the same storage
-  const Boolean wantsReply = (mark.mode & kReplyModes) != kAENoReply;
-  SInt32 level = mark.mode & kInteractionLevels;
-  if (level == 0) level = kAECanInteract;
-  OSErr status = putAttribute(changed, keyReplyRequestedAttr, typeBoolean, wantsReply);
-  if (status == noErr) {
-    status = putAttribute(changed, keyTimeoutAttr, typeSInt32, mark.timeOutInTicks);
-  }
-  if (status == noErr) status = putAttribute(changed, keyInteractLevelAttr, typeSInt32, level);
-  if (status == noErr) status = putAttribute(changed, keyEventSourceAttr, typeSInt16, mark.source);
-  if (status != noErr) return status;
-  return putAttribute(changed, keyOriginalAddressAttr, typeProcessSerialNumber, mark.sender);
+  return putPostmark(changed, mark);
 }
 
 OSErr trackReads(const AppleEvent& event) {
@@ -132,14 +130,12 @@ OSErr trackReads(const AppleEvent& event) {
   return noErr;
 }
 
-OSErr createReply(const AppleEvent& event, const AEAddressDesc& target, AppleEvent* reply) {
+OSErr createReply(const AppleEvent& event, DescType addressType, Bytes address, AppleEvent* reply) {
   const auto returnID = attribute<AEReturnID>(event, keyReturnIDAttr, typeSInt16);
   const auto transactionID = attribute<AETransactionID>(event, keyTransactionIDAttr, typeSInt32);
-  const OSErr status = AECreateAppleEvent(kCoreEventClass, kAEAnswer, &target, 0,
-                                          transactionID.value_or(kAnyTransactionID), reply);
-  if (status != noErr || !returnID) return status;
-  // Put afterwards, because on the way through AECreateAppleEvent -1 would ask for a new one.
-  return putAttribute(*reply, keyReturnIDAttr, typeSInt16, *returnID);
+  return create({kCoreEventClass, kAEAnswer, returnID.value_or(0),
+                 transactionID.value_or(kAnyTransactionID), addressType, address},
+                reply);
 }
 
 }  // namespace platform::appleevents
@@ -149,18 +145,12 @@ OSErr AECreateAppleEvent(AEEventClass eventClass, AEEventID eventID, const AEAdd
   if (result == nullptr) return paramErr;
   const AEAddressDesc address = target == nullptr ? kNullDesc : *target;  // the result may be it
   *result = kNullDesc;
-  std::unique_ptr<Storage> storage = makeEmpty(typeAppleEvent);
-  if (storage == nullptr) return memFullErr;
-  AppleEvent event = {typeAppleEvent, storage.release()};
+  const Incoming addressData(&address, nullptr);
+  if (addressData.status() != noErr) return addressData.status();
   if (returnID == kAutoGenerateReturnID) returnID = nextReturnID();
-  const OSErr status =
-      putFirstAttributes(event, eventClass, eventID, &address, returnID, transactionID);
-  if (status != noErr) {
-    AEDisposeDesc(&event);
-    return status;
-  }
-  *result = event;
-  return noErr;
+  return create(
+      {eventClass, eventID, returnID, transactionID, addressData.type(), addressData.data()},
+      result);
 }
 
 OSErr AEPutAttributePtr(AppleEvent* event, AEKeyword keyword, DescType type, const void* data,

@@ -2,6 +2,8 @@
 // AESend, and the events that never leave the process.
 #include <AE/AppleEvents.h>
 
+#include <span>
+
 #include "platform/appleevents/Attributes.h"
 #include "platform/appleevents/Dispatch.h"
 #include "platform/appleevents/Sending.h"
@@ -21,16 +23,15 @@ bool isDirectCall(const AppleEvent& event) {
 }
 
 OSErr createReplyToSelf(const AppleEvent& event, AppleEvent* reply) {
-  HeldDesc target;
-  const OSErr status = AECreateDesc(typeProcessSerialNumber, &kSelf, sizeof kSelf, target.out());
-  return status == noErr ? createReply(event, target.get(), reply) : status;
+  return createReply(event, typeProcessSerialNumber, std::as_bytes(std::span(&kSelf, 1)), reply);
 }
 
 /// Handles an event here and now. The reply, if one is wanted, is handed out or queued.
 OSErr callDirectly(const AppleEvent& event, AppleEvent* reply, AESendMode mode, SInt32 timeOut) {
   const AESendMode replyMode = mode & kReplyModes;
   HeldDesc made;
-  OSErr status = stamp(event, {mode, timeOut, kAEDirectCall, ownSerialNumber()});
+  OSErr status =
+      stamp(event, {mode, timeOut, kAEDirectCall, platform::processes::presentSerialNumber()});
   if (status == noErr && replyMode != kAENoReply) status = createReplyToSelf(event, made.out());
   if (status != noErr) return status;
   const OSErr result = dispatchEvent(event, *made.out());

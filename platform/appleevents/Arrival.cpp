@@ -1,6 +1,7 @@
 // Licence: MIT, see LICENSE.
 // Events that arrive as messages.
 #include <new>
+#include <span>
 #include <utility>
 
 #include "platform/appleevents/Attributes.h"
@@ -19,27 +20,9 @@ std::optional<UInt32> peekCode(mach::Bytes body, const Region& attributes, AEKey
   return loadWord(item->data.data());
 }
 
-/// Writes what only the receiver knows: where the event arrived, and that it came from elsewhere
-/// unless it says that it is this process's own.
-OSErr markArrival(AppleEvent& event, mach_port_name_t receiver) {
-  forgetPorts(typeAppleEvent, event.dataHandle->writable());
-  DescType addressType = typeNull;
-  OSErr status = AESizeOfAttribute(&event, keyAddressAttr, &addressType, nullptr);
-  if (status == noErr && addressType == typeMachPort) {
-    status = putAttribute(event, keyAddressAttr, typeMachPort, receiver);
-  }
-  const auto source = attribute<AEEventSource>(event, keyEventSourceAttr, typeSInt16);
-  if (status == noErr && source != AEEventSource{kAESameProcess}) {
-    status = putAttribute(event, keyEventSourceAttr, typeSInt16, AEEventSource{kAELocalProcess});
-  }
-  return status;
-}
-
 OSErr makeReply(const AppleEvent& event, std::shared_ptr<ReplyRight> right, AppleEvent* reply) {
   const mach_port_name_t name = right->name();
-  HeldDesc target;
-  OSErr status = AECreateDesc(typeMachPort, &name, sizeof name, target.out());
-  if (status == noErr) status = createReply(event, target.get(), reply);
+  const OSErr status = createReply(event, typeMachPort, std::as_bytes(std::span(&name, 1)), reply);
   if (status == noErr) reply->dataHandle->replyRight = std::move(right);
   return status;
 }
@@ -77,10 +60,11 @@ OSStatus decodeMessage(mach::Message message, AppleEvent* event, AppleEvent* rep
   }
   std::unique_ptr<Storage> storage = Storage::adopt(std::move(message.body));
   if (storage == nullptr) return memFullErr;
+  forgetPorts(typeAppleEvent, storage->writable());
+  writeArrival(storage->writable(), message.receiver);
   HeldDesc arrived;
   *arrived.out() = {typeAppleEvent, storage.release()};
-  OSErr status = markArrival(*arrived.out(), message.receiver);
-  if (status == noErr) status = trackReads(arrived.get());
+  OSErr status = trackReads(arrived.get());
   if (status == noErr && right != nullptr && reply != nullptr) {
     status = makeReply(arrived.get(), std::move(right), reply);
   }

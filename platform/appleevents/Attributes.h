@@ -5,7 +5,8 @@
 
 #include <AE/AppleEvents.h>
 
-#include "platform/appleevents/Items.h"
+#include "platform/appleevents/ByteOrder.h"
+#include "platform/appleevents/EventForm.h"
 
 namespace platform::appleevents {
 
@@ -13,12 +14,10 @@ namespace platform::appleevents {
 /// Codes are UInt32, as are ports.
 template <typename T>
 std::optional<T> attribute(const AppleEvent& event, AEKeyword keyword, DescType type) {
+  const std::optional<Item> item = findAttribute(event, keyword);
+  if (!item || item->type != type || item->data.size() != sizeof(T)) return std::nullopt;
   T value;
-  Size size = 0;
-  DescType stored = typeNull;
-  const OSErr status =
-      AEGetAttributePtr(&event, keyword, typeWildCard, &stored, &value, sizeof value, &size);
-  if (status != noErr || stored != type || size != sizeof value) return std::nullopt;
+  reorder(type, item->data, {reinterpret_cast<std::byte*>(&value), sizeof value});
   return value;
 }
 
@@ -27,26 +26,15 @@ OSErr putAttribute(AppleEvent& event, AEKeyword keyword, DescType type, const T&
   return AEPutAttributePtr(&event, keyword, type, &value, sizeof value);
 }
 
-/// The parts of a send mode.
-inline constexpr AESendMode kReplyModes = 0x3;
-inline constexpr AESendMode kInteractionLevels = 0x30;
-
-/// What changes in an event each time that it is sent.
-struct Postmark {
-  AESendMode mode;
-  SInt32 timeOutInTicks;
-  AEEventSource source;
-  ProcessSerialNumber sender;
-};
-
-/// Writes the postmark into an event that AECreateAppleEvent made; the event does not grow.
+/// Writes the postmark into an event; one that AECreateAppleEvent made does not grow.
 OSErr stamp(const AppleEvent& event, const Postmark& mark);
 
 /// Starts to remember which parameters a handler reads.
 OSErr trackReads(const AppleEvent& event);
 
-/// The reply to an event, with its return and transaction IDs, addressed to `target`.
-OSErr createReply(const AppleEvent& event, const AEAddressDesc& target, AppleEvent* reply);
+/// The reply to an event, with its return and transaction IDs, addressed as the descriptor of that
+/// type and those bytes, in the host's order, says.
+OSErr createReply(const AppleEvent& event, DescType addressType, Bytes address, AppleEvent* reply);
 
 }  // namespace platform::appleevents
 

@@ -32,7 +32,7 @@ OSErr listToAny(const Source& from, DescType toType, AEDesc* result) {
 OSErr eventToRecord(const Source& from, DescType, AEDesc* result) {
   const std::optional<Region> region = findRegion(from.type, from.data, Part::kParameters);
   if (!region) return errAECorruptData;
-  std::unique_ptr<Storage> record = makeEmpty(typeAERecord);
+  std::unique_ptr<Storage> record = makeEmpty();
   if (record == nullptr) return memFullErr;
   const Bytes items = from.data.subspan(region->begin);
   std::byte* room = record->splice(kListHeader, 0, items.size());

@@ -129,15 +129,9 @@ void Items::setExtent(UInt32 count, std::size_t end) {
   }
 }
 
-std::unique_ptr<Storage> makeEmpty(DescType type) {
-  // An event's attributes and some parameters.
-  constexpr std::size_t kUsualEvent = 512;
-  std::unique_ptr<Storage> storage = type == typeAppleEvent
-                                         ? Storage::make(kEventHeader, kUsualEvent)
-                                         : Storage::make(kListHeader);
-  if (storage == nullptr) return nullptr;
-  std::ranges::fill(storage->writable(), std::byte{0});
-  if (type == typeAppleEvent) storeWord(storage->writable().data(), kEventMark);
+std::unique_ptr<Storage> makeEmpty() {
+  std::unique_ptr<Storage> storage = Storage::make(kListHeader);
+  if (storage != nullptr) std::ranges::fill(storage->writable(), std::byte{0});
   return storage;
 }
 

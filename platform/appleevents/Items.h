@@ -91,8 +91,8 @@ class Items final {
   Region region;
 };
 
-/// The block of an empty list, record or event; null without memory.
-std::unique_ptr<Storage> makeEmpty(DescType type);
+/// The block of an empty list or record; null without memory.
+std::unique_ptr<Storage> makeEmpty();
 
 /// Makes a descriptor of an item.
 OSErr makeDesc(const Item& item, AEDesc* result);

@@ -68,9 +68,7 @@ class Destination final {
   mach_port_name_t name() const { return port; }
 
   AEEventSource source() const {
-    mach_port_type_t rights = MACH_PORT_TYPE_NONE;
-    const kern_return_t result = mach_port_type(mach_task_self(), port, &rights);
-    const bool isOurs = result == KERN_SUCCESS && (rights & MACH_PORT_TYPE_RECEIVE) != 0;
+    const bool isOurs = mach::isReceiveRight(port);
     return isOurs ? AEEventSource{kAESameProcess} : AEEventSource{kAELocalProcess};
   }
 
@@ -174,8 +172,8 @@ OSStatus sendMessage(const AppleEvent& event, AppleEvent* reply, const SendOptio
   ReplyPort replyPort;
   status = replyPort.open(event, options);
   if (status != noErr) return status;
-  status =
-      stamp(event, {options.mode, options.timeOutInTicks, destination.source(), ownSerialNumber()});
+  status = stamp(event, {options.mode, options.timeOutInTicks, destination.source(),
+                         processes::presentSerialNumber()});
   if (status == noErr) status = transmit(event, destination, replyPort, patience);
   if (status != noErr || (options.mode & kReplyModes) != kAEWaitReply) return status;
   status = awaitReply(event, replyPort, patience, reply);
@@ -194,14 +192,6 @@ OSErr checkSending(const AppleEvent* event, AppleEvent* reply, AESendMode mode,
   if (replyMode == 0) return errAEUnknownSendMode;
   if (replyMode == kAEWaitReply && reply == nullptr) return paramErr;
   return noErr;
-}
-
-ProcessSerialNumber ownSerialNumber() {
-  ProcessSerialNumber self = {0, kNoProcess};
-  if (processes::privatePort() == MACH_PORT_NULL || processes::checkIn(self) != noErr) {
-    return {0, kNoProcess};
-  }
-  return self;
 }
 
 }  // namespace platform::appleevents

@@ -26,9 +26,6 @@ OSStatus sendMessage(const AppleEvent& event, AppleEvent* reply, const SendOptio
 OSErr checkSending(const AppleEvent* event, AppleEvent* reply, AESendMode mode,
                    SInt32 timeOutInTicks);
 
-/// This process's serial number, {0, kNoProcess} if it has not checked in.
-ProcessSerialNumber ownSerialNumber();
-
 }  // namespace platform::appleevents
 
 #endif

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
 namespace platform::appleevents {
 namespace {
@@ -21,6 +22,8 @@ constexpr std::array<FixedAttribute, 10> kFixedAttributes = {{
     {keyInteractLevelAttr, typeSInt32, 4, true},
     {keyReplyPortAttr, typeMachPort, 4, false},
 }};
+constexpr std::ptrdiff_t kRequiredAttributes =
+    std::ranges::count(kFixedAttributes, true, &FixedAttribute::isRequired);
 
 bool areWellFormed(Bytes block, const std::optional<Region>& region, bool keyed, unsigned depth) {
   if (!region) return false;
@@ -66,6 +69,7 @@ const FixedAttribute* fixedAttribute(AEKeyword keyword) {
 bool isMessage(Bytes block) {
   if (!isWellFormed(typeAppleEvent, block)) return false;
   const std::optional<Region> region = findRegion(typeAppleEvent, block, Part::kAttributes);
+  std::array<bool, kFixedAttributes.size()> seen{};
   std::ptrdiff_t required = 0;
   std::size_t addresses = 0;
   for (auto item = firstItem(block, *region); item; item = nextItem(block, *region, *item)) {
@@ -74,12 +78,13 @@ bool isMessage(Bytes block) {
       ++addresses;
     } else if (const FixedAttribute* rule = fixedAttribute(item->keyword)) {
       if (item->type != rule->type || item->data.size() != rule->size) return false;
-      if (findItem(block, *region, item->keyword)->index != item->index) return false;
+      if (std::exchange(seen[static_cast<std::size_t>(rule - kFixedAttributes.data())], true)) {
+        return false;
+      }
       if (rule->isRequired) ++required;
     }
   }
-  return addresses == 1 &&
-         required == std::ranges::count(kFixedAttributes, true, &FixedAttribute::isRequired);
+  return addresses == 1 && required == kRequiredAttributes;
 }
 
 void forgetPorts(DescType type, WritableBytes block) {
