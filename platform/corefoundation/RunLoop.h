@@ -81,7 +81,8 @@ class RunLoop final : public Object {
   SInt32 turn(Activation& run);
   bool serveSignalledSources(Activation& run, RunLoopMode::Turn number);
   bool serveTimers(Activation& run, RunLoopMode::Turn number, host::Nanoseconds now);
-  bool findMessage(RunLoopMode& mode, mach_port_name_t& port);
+  enum class Looking { kHere, kEverywhere };
+  bool findMessage(RunLoopMode& mode, mach_port_name_t& port, Looking looking);
   bool servePort(RunLoopMode& mode, mach_port_name_t port);
   bool maySleep(Activation& run, bool handledSource) const;
   bool sleep(Activation& run, mach_port_name_t& port);

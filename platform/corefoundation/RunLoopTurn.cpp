@@ -3,9 +3,9 @@
 //
 //   1. tells observers: before timers, before sources
 //   2. performs the version-0 sources that are signalled
-//   3. looks whether a message is there; if none is and nothing else forbids it, tells observers,
-//      sleeps (until a message, a wake-up, the next timer or the end of the run), and tells them
-//      again
+//   3. looks whether a message has been taken in; if none is and nothing else forbids it, tells
+//      observers, sleeps (until a message, a wake-up, the next timer or the end of the run), and
+//      tells them again
 //   4. reads the clock; fires the timers that are due, and serves one message
 //
 // Each kind has its place in every turn, so that none can starve another; ports among each other
@@ -59,8 +59,9 @@ SInt32 RunLoop::turn(Activation& run) {
   mach_port_name_t port = MACH_PORT_NULL;
   bool portIsReady = false;
   if (!isStopped(run)) {
-    portIsReady = findMessage(run.mode, port);
-    if (!portIsReady && maySleep(run, handledSource)) portIsReady = sleep(run, port);
+    const bool mayWait = maySleep(run, handledSource);
+    portIsReady = findMessage(run.mode, port, mayWait ? Looking::kHere : Looking::kEverywhere);
+    if (!portIsReady && mayWait) portIsReady = sleep(run, port);
   }
 
   const Nanoseconds now = host::monotonicNow();
@@ -112,11 +113,14 @@ bool RunLoop::serveTimers(Activation& run, RunLoopMode::Turn number, Nanoseconds
   return served;
 }
 
-bool RunLoop::findMessage(RunLoopMode& mode, mach_port_name_t& port) {
+// Before a wait only what has been taken in counts: the wait finds the rest as fast, and asking the
+// host twice for each message is dear.
+bool RunLoop::findMessage(RunLoopMode& mode, mach_port_name_t& port, Looking looking) {
   Outcome outcome;
   do {
     // A wake-up that came as the last sleep ended for another reason is still in the set.
-    outcome = mode.ports().wait(port, Deadline::immediate());
+    outcome = looking == Looking::kHere ? mode.ports().glance(port)
+                                        : mode.ports().wait(port, Deadline::immediate());
   } while (outcome == Outcome::kWoken);
   return outcome == Outcome::kMessage;
 }

@@ -9,6 +9,9 @@ namespace platform::host {
 
 namespace {
 
+// A wait for ever needs no timer of the host's, which each wait would have to set and to cancel.
+constexpr Nanoseconds kLongerThanHostsRun = Nanoseconds{1} << 59;  // 18 years
+
 Nanoseconds read(clockid_t clock) {
   timespec now{};
   clock_gettime(clock, &now);
@@ -24,7 +27,7 @@ Nanoseconds wallNow() { return read(CLOCK_REALTIME); }
 Deadline Deadline::after(Nanoseconds span) {
   const Nanoseconds now = monotonicNow();
   if (span <= 0) return Deadline(now);
-  if (span > std::numeric_limits<Nanoseconds>::max() - now) return never();
+  if (span >= kLongerThanHostsRun) return never();
   return Deadline(now + span);
 }
 

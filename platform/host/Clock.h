@@ -23,7 +23,7 @@ class Deadline {
   static Deadline never() { return Deadline(std::numeric_limits<Nanoseconds>::max()); }
   static Deadline immediate() { return Deadline(0); }
   static Deadline at(Nanoseconds monotonic) { return Deadline(monotonic); }
-  static Deadline after(Nanoseconds span);  // saturates; a negative span is now
+  static Deadline after(Nanoseconds span);  // many years are never, a negative span is now
 
   bool isNever() const { return when == std::numeric_limits<Nanoseconds>::max(); }
   bool isImmediate() const { return when == 0; }

@@ -27,6 +27,21 @@ struct PortSet::Implementation {
     }
     return found;
   }
+
+  // What there is to report, kTimedOut for nothing.
+  Outcome present(mach_port_name_t& port) {
+    if (std::exchange(woken, false)) return Outcome::kWoken;
+    const Port* ready = oldest();
+    if (ready == nullptr) return Outcome::kTimedOut;
+    port = ready->name;
+    return Outcome::kMessage;
+  }
+
+  void takeTurn(Lock& lock) {
+    if (++turns < kTurnsWithoutLooking) return;
+    turns = 0;
+    set.sleep(lock, Deadline::immediate());
+  }
 };
 
 PortSet::PortSet() : implementation(new Implementation) {}
@@ -55,20 +70,20 @@ void PortSet::wake() {
 
 PortSet::Outcome PortSet::wait(mach_port_name_t& port, Deadline deadline) {
   Lock lock(space().mutex);
-  if (++implementation->turns >= kTurnsWithoutLooking) {
-    implementation->turns = 0;
-    implementation->set.sleep(lock, Deadline::immediate());
-  }
+  implementation->takeTurn(lock);
   for (bool looked = false;; looked = true) {
-    if (std::exchange(implementation->woken, false)) return Outcome::kWoken;
-    if (const Port* ready = implementation->oldest()) {
-      port = ready->name;
-      return Outcome::kMessage;
-    }
-    if (looked && deadline.remaining() == 0) return Outcome::kTimedOut;
+    const Outcome outcome = implementation->present(port);
+    if (outcome != Outcome::kTimedOut) return outcome;
+    if (looked && deadline.remaining() == 0) return outcome;
     implementation->turns = 0;
     implementation->set.sleep(lock, deadline);
   }
+}
+
+PortSet::Outcome PortSet::glance(mach_port_name_t& port) {
+  Lock lock(space().mutex);
+  implementation->takeTurn(lock);
+  return implementation->present(port);
 }
 
 }  // namespace platform::mach
