@@ -34,9 +34,9 @@ namespace {
 constexpr char kSockets[] = "sockets";
 constexpr char kLockFile[] = "lock";
 constexpr int kClaimRounds = 64;
-constexpr Nanoseconds kMillisecond = 1'000'000;
-constexpr Nanoseconds kLockPatience = 2'000 * kMillisecond;
-constexpr Nanoseconds kConnectPatience = 1'000 * kMillisecond;
+constexpr Nanoseconds kPause = 1'000'000;  // between two looks at a lock
+constexpr Nanoseconds kLockPatience = 2'000'000'000;
+constexpr Nanoseconds kConnectPatience = 1'000'000'000;
 
 SocketIdentity identityOf(const struct stat& state) {
   return {static_cast<std::uint64_t>(state.st_dev), static_cast<std::uint64_t>(state.st_ino)};
@@ -70,7 +70,7 @@ Descriptor makeSocket() {
   return Descriptor(socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
 }
 
-void pause() { waitForAny({}, Deadline::after(kMillisecond)); }
+void pause() { waitForAny({}, Deadline::after(kPause)); }
 
 // A listener whose queue of connections is full is alive; it gets a moment to take some.
 Result<Descriptor> connectTo(const std::string& path) {

@@ -74,13 +74,13 @@ struct CloseFolder {
   void operator()(DIR* folder) const { closedir(folder); }
 };
 
-using Listing = std::unique_ptr<DIR, CloseFolder>;
+using FolderListing = std::unique_ptr<DIR, CloseFolder>;
 
 /// A listing of its own for each caller: threads that share one would each see a part.
-Listing listFolder(const Descriptor& folder) {
+FolderListing listFolder(const Descriptor& folder) {
   const int number =
       retry([&] { return openat(folder.number(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC); });
-  Listing listing(number < 0 ? nullptr : fdopendir(number));
+  FolderListing listing(number < 0 ? nullptr : fdopendir(number));
   if (!listing && number >= 0) close(number);
   return listing;
 }
@@ -88,7 +88,7 @@ Listing listFolder(const Descriptor& folder) {
 /// The numbers of the files with a prefix, in no order.
 std::vector<RecordFolder::Number> numbersIn(const Descriptor& folder, std::string_view prefix) {
   std::vector<RecordFolder::Number> numbers;
-  const Listing listing = listFolder(folder);
+  const FolderListing listing = listFolder(folder);
   if (!listing) return numbers;
   while (const dirent* entry = readdir(listing.get())) {
     if (const auto number = numberIn(entry->d_name, prefix)) numbers.push_back(number);
