@@ -116,6 +116,22 @@ void change(const AppleEvent& event) {
                                                nullptr) == noErr);
 }
 
+/// A handler for everything, which uses what it is handed. The reply is of no use to it.
+OSErr handle(const AppleEvent* event, AppleEvent* reply, SInt32) {
+  require(reply->descriptorType == typeNull);
+  walk(*event);
+  return eventNotHandledErr;
+}
+
+/// Has the event handled as one that a run loop took from a port.
+void dispatch(Bytes body, OSStatus decoded) {
+  static const OSErr installed =
+      AEInstallEventHandler(typeWildCard, typeWildCard, NewAEEventHandlerUPP(handle), 0, false);
+  require(installed == noErr);
+  const OSStatus status = platform::appleevents::processMessage(messageOf(body));
+  require(status == (decoded == noErr ? OSStatus{eventNotHandledErr} : decoded));
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -126,6 +142,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const OSStatus status =
       platform::appleevents::decodeMessage(messageOf(body), event.out(), reply.out());
   require(reply.get().dataHandle == nullptr);
+  dispatch(body, status);
   if (status != noErr) {
     require(status == errAECorruptData && event.get().dataHandle == nullptr);
     return 0;
