@@ -6,7 +6,7 @@
 
 namespace {
 
-bool isAnyType(DescType type) { return type == typeWildCard || type == typeBest; }
+bool wantsAnyType(DescType type) { return type == typeWildCard || type == typeBest; }
 
 // A parameter as it is stored, and where a caller wants its bytes. `Place` has makeRoom(size), and
 // between begin() and end() bytes() of that size.
@@ -54,7 +54,7 @@ OSErr copyParameter(Parameter& parameter, DescType desiredType, bool mayCoerce, 
   const OSErr err =
       AESizeOfParam(&parameter.event, parameter.keyword, &parameter.type, &parameter.size);
   if (err != noErr) return err;
-  if (desiredType == parameter.type || isAnyType(desiredType)) {
+  if (desiredType == parameter.type || wantsAnyType(desiredType)) {
     return copyStored(parameter, desiredType, place);
   }
   const OSErr coerceErr = copyCoerced(parameter, desiredType, place);

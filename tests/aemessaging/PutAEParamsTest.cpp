@@ -16,12 +16,12 @@ namespace {
 using tests::Desc;
 
 template <typename T>
-std::string bytesOf(T value) {
+std::string rawBytes(T value) {
   return std::string(reinterpret_cast<const char*>(&value), sizeof value);
 }
 
 template <typename T>
-T random(std::mt19937& numbers) {
+T drawn(std::mt19937& numbers) {
   return static_cast<T>(numbers() * UInt64{0x100000001} ^ numbers());
 }
 
@@ -37,7 +37,7 @@ template <typename T>
 PutCase valueCase(const char* name, OSErr (*put)(AppleEvent&, AEKeyword, T*), T value,
                   DescType type) {
   return {name, [=](AppleEvent& event) mutable { return put(event, 'parm', &value); }, type,
-          bytesOf(value)};
+          rawBytes(value)};
 }
 
 OSErr putBool(AppleEvent& event, AEKeyword keyword, bool* value) {
@@ -84,10 +84,10 @@ const PutCase kPuts[] = {
     {"text", [](AppleEvent& event) { return PutAEText(event, 'parm', pascal("a\0b!"), 3); },
      typeChar, std::string("a\0b", 3)},
     {"shorts", [](AppleEvent& event) { return putShorts(event, 2); }, typeSInt16,
-     bytesOf(std::array<SInt16, 2>{-1, 2})},
+     rawBytes(std::array<SInt16, 2>{-1, 2})},
     {"no shorts", [](AppleEvent& event) { return putShorts(event, 0); }, typeSInt16, ""},
     {"longs", [](AppleEvent& event) { return putLongs(event, 3); }, typeSInt32,
-     bytesOf(std::array<SInt32, 3>{-1, 2, 70000})},
+     rawBytes(std::array<SInt32, 3>{-1, 2, 70000})},
     {"no longs", [](AppleEvent& event) { return putLongs(event, 0); }, typeSInt32, ""},
 };
 
@@ -166,7 +166,7 @@ void roundTrip(OSErr (*put)(AppleEvent&, AEKeyword, T*),
   Desc event = tests::makeEvent();
   const int rounds = tests::stressCount(20000);
   for (int round = 0; round < rounds; ++round) {
-    T value = random<T>(numbers);
+    T value = drawn<T>(numbers);
     ASSERT_EQ(put(*&event, 'parm', &value), noErr);
     T read = 0;
     ASSERT_EQ(get(*&event, 'parm', &read), noErr);
@@ -174,7 +174,7 @@ void roundTrip(OSErr (*put)(AppleEvent&, AEKeyword, T*),
   }
 }
 
-OSErr getByte(const AppleEvent& event, AEKeyword keyword, unsigned char* value) {
+OSErr readByte(const AppleEvent& event, AEKeyword keyword, unsigned char* value) {
   return GetAEBoolean(event, keyword, value);
 }
 
@@ -184,14 +184,14 @@ TEST(PutParams, ReadBackAnyNumber) {
   roundTrip<SInt64>(PutAELongLong, GetAELongLong);
   roundTrip<UInt64>(PutAEUInt64, GetAEUInt64);
   roundTrip<OSType>(PutAEOSType, GetAEOSType);
-  roundTrip<unsigned char>(putByte, getByte);
+  roundTrip<unsigned char>(putByte, readByte);
 }
 
 TEST(PutParams, ReadBackAnyRealBitForBit) {
   std::mt19937 numbers(21);
   Desc event = tests::makeEvent();
   for (int round = 0; round < tests::stressCount(20000); ++round) {
-    const auto bits = random<UInt64>(numbers);
+    const auto bits = drawn<UInt64>(numbers);
     double value;
     std::memcpy(&value, &bits, sizeof value);
     ASSERT_EQ(PutAEDouble(*&event, 'doub', &value), noErr);
@@ -224,7 +224,7 @@ void roundTripArrays(OSErr (*put)(AppleEvent&, AEKeyword, T*, SInt32),
   Desc event = tests::makeEvent();
   for (int round = 0; round < tests::stressCount(1000); ++round) {
     std::vector<T> values(numbers() % 100);
-    for (T& value : values) value = random<T>(numbers);
+    for (T& value : values) value = drawn<T>(numbers);
     const auto count = static_cast<SInt32>(values.size());
     ASSERT_EQ(put(*&event, 'parm', values.data(), count), noErr);
     std::vector<T> read(100, 99);
