@@ -15,14 +15,14 @@ namespace {
 
 using host::Links;
 
-constexpr std::size_t kKeptName = 48;
+constexpr std::size_t kKeptName = 40;
 
 /// What is in an FSRef: where the item was met and which one it was. A long name is kept by its sum
 /// only, and its item found among those of its folder.
 struct RefContents {
   UInt32 mark;
   FolderID folder;
-  UInt32 identity[4];
+  UInt32 identity[6];
   UInt32 nameSum;
   UInt32 nameLength;
   char name[kKeptName];
@@ -41,7 +41,8 @@ std::uint64_t fromWords(UInt32 high, UInt32 low) { return std::uint64_t{high} <<
 
 host::FileIdentity identityIn(const RefContents& contents) {
   const UInt32* words = contents.identity;
-  return {fromWords(words[0], words[1]), fromWords(words[2], words[3])};
+  return {fromWords(words[0], words[1]), fromWords(words[2], words[3]),
+          fromWords(words[4], words[5])};
 }
 
 /// The one name in a folder that passes a test; nothing if there is none.
@@ -166,8 +167,9 @@ OSErr makeRef(const Item& item, FSRef& ref) {
   RefContents contents{};
   contents.mark = processMark();
   contents.folder = item.folder;
-  const auto [device, inode] = status->identity;
-  const UInt32 words[] = {highWord(device), lowWord(device), highWord(inode), lowWord(inode)};
+  const auto [device, inode, made] = status->identity;
+  const UInt32 words[] = {highWord(device), lowWord(device), highWord(inode),
+                          lowWord(inode),   highWord(made),  lowWord(made)};
   std::memcpy(contents.identity, words, sizeof(words));
   contents.nameSum = sumOf(item.name);
   contents.nameLength = static_cast<UInt32>(item.name.size());

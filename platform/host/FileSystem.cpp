@@ -14,7 +14,7 @@
 namespace platform::host {
 namespace {
 
-constexpr std::uint64_t kStatusBlock = 512;  // the unit of st_blocks, whatever the file system's
+constexpr std::uint64_t kStatusBlock = 512;  // the unit of stx_blocks, whatever the file system's
 
 struct CloseFolder {
   void operator()(DIR* folder) const { ::closedir(folder); }
@@ -30,16 +30,20 @@ FileStatus::Kind kindOf(mode_t mode) {
 }  // namespace
 
 Result<FileStatus> fileStatus(const std::string& path, Links links) {
-  struct stat status {};
   const int flags = links == Links::kFollowed ? 0 : AT_SYMLINK_NOFOLLOW;
-  if (::fstatat(AT_FDCWD, path.c_str(), &status, flags) != 0) return lastError();
-  return FileStatus{kindOf(status.st_mode),
-                    {status.st_dev, status.st_ino},
-                    static_cast<std::uint64_t>(status.st_size),
-                    static_cast<std::uint64_t>(status.st_blocks) * kStatusBlock,
-                    status.st_uid,
-                    status.st_gid,
-                    status.st_mode};
+  struct statx status {};
+  if (::statx(AT_FDCWD, path.c_str(), flags, STATX_BASIC_STATS | STATX_BTIME, &status) != 0) {
+    return lastError();
+  }
+  const std::uint64_t device =
+      std::uint64_t{status.stx_dev_major} << 32 | std::uint64_t{status.stx_dev_minor};
+  const auto seconds = static_cast<std::uint64_t>(status.stx_btime.tv_sec);
+  const bool hasBirth = (status.stx_mask & STATX_BTIME) != 0;
+  const std::uint64_t made = hasBirth ? seconds * 1000000000U + status.stx_btime.tv_nsec : 0;
+  return FileStatus{kindOf(status.stx_mode), {device, status.stx_ino, made},
+                    status.stx_size,         status.stx_blocks * kStatusBlock,
+                    status.stx_uid,          status.stx_gid,
+                    status.stx_mode};
 }
 
 Result<std::string> canonicalPath(const std::string& path) {

@@ -11,10 +11,12 @@
 
 namespace platform::host {
 
-/// Which item it is, whatever its path. One that is gone may leave its identity to another.
+/// Which item it is, whatever its path. The numbers of one that is gone are given to others at
+/// once; the moment of its making, where the file system keeps that, tells it from them.
 struct FileIdentity {
   std::uint64_t device = 0;
   std::uint64_t inode = 0;
+  std::uint64_t made = 0;  // nanoseconds, 0 if nobody knows
   friend bool operator==(const FileIdentity&, const FileIdentity&) = default;
 };
 
