@@ -3,6 +3,7 @@
 // the bytes of a group that is not go through the tables one by one.
 #include "platform/text/MacRoman.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstring>
@@ -49,27 +50,37 @@ constexpr std::array<UTF8Form, 256> kToUTF8 = [] {
   return table;
 }();
 
-// The way back, in pages of 64 units, which is what one continuation byte of UTF-8 tells apart.
-// Page 0 is the empty one, and 0 stands for no character: ASCII is in none of the pages.
+// The way back, in pages of 64 units, which is what the last byte of a character in UTF-8 tells
+// apart; the bytes before it tell the page. Page 0 is the empty one, and 0 stands for no character:
+// ASCII is in none of the pages.
 struct Pages {
   std::array<UInt8, 0x10000 / 64> number{};
+  std::array<UInt8, 0x10000 / 64> numberOfThree{};  // for forms of three bytes; the longer ones
   std::array<std::array<UInt8, 64>, 24> page{};
 
   constexpr UInt8 find(UInt32 unit) const { return page[number[unit / 64]][unit % 64]; }
 };
 
 constexpr Pages kFromUnicode = [] {
+  constexpr UniChar kFirstOfThree = 0x800;
   Pages pages;
   UInt8 used = 0;
   for (std::size_t i = 0; i < kMacRoman.size(); ++i) {
-    UInt8& number = pages.number[kMacRoman[i] / 64];
+    const UniChar unit = kMacRoman[i];
+    UInt8& number = pages.number[unit / 64];
     if (number == 0) number = ++used;
-    pages.page[number][kMacRoman[i] % 64] = static_cast<UInt8>(0x80 + i);
+    if (unit >= kFirstOfThree) pages.numberOfThree[unit / 64] = number;
+    pages.page[number][unit % 64] = static_cast<UInt8>(0x80 + i);
   }
   return pages;
 }();
 
-bool isASCIIGroup(const char* group) {
+template <typename Byte>
+std::size_t distance(const Byte* at, const Byte* stop) {
+  return static_cast<std::size_t>(stop - at);
+}
+
+bool isASCIIGroup(const void* group) {
   std::uint64_t bits = 0;
   std::memcpy(&bits, group, sizeof bits);
   return (bits & 0x8080808080808080U) == 0;
@@ -82,33 +93,44 @@ char* putForm(char* to, char character) {
   return to + form.length;
 }
 
-bool isContinuation(UInt8 byte) { return (byte & 0xC0) == 0x80; }
-
-/// A MacRoman character and the bytes of UTF-8 that stand for it; length 0 if there is none.
-struct MacRomanForm {
-  UInt8 character = 0;
-  std::size_t length = 0;
-};
-
-MacRomanForm macRomanForm(const char* text, std::size_t size) {
-  const auto byte = [text](std::size_t index) { return static_cast<UInt8>(text[index]); };
-  const UInt8 lead = byte(0);
-  if (lead < 0x80) return {lead, 1};
-  UInt8 character = 0;
-  std::size_t length = 0;
+/// Takes one character beyond ASCII, of which three bytes may be read. False, with nothing taken,
+/// if MacRoman lacks it or it is not well-formed: a longer form than need be is in no page, and the
+/// top bits of a continuation byte are no others than 10.
+inline bool takeHigh(const UInt8*& from, UInt8*& to) {
+  const UInt8 lead = from[0];
+  const unsigned int second = from[1] ^ 0x80U;
   if (lead < 0xE0) {
-    if (lead < 0xC0 || size < 2 || !isContinuation(byte(1))) return {};
-    character = kFromUnicode.find((lead & 0x1FU) << 6 | (byte(1) & 0x3FU));
-    length = 2;
-  } else {
-    if (lead > 0xEF || size < 3 || !isContinuation(byte(1)) || !isContinuation(byte(2))) return {};
-    const UInt32 unit = (lead & 0x0FU) << 12 | (byte(1) & 0x3FU) << 6 | (byte(2) & 0x3FU);
-    if (unit < 0x800) return {};  // longer than it need be, which is not well-formed
-    character = kFromUnicode.find(unit);
-    length = 3;
+    const UInt8 character =
+        lead < 0xC0 || second >= 64 ? 0 : kFromUnicode.find((lead & 0x1FU) << 6 | second);
+    if (character == 0) return false;
+    *to++ = character;
+    from += 2;
+    return true;
   }
-  if (character == 0) return {};
-  return {character, length};
+  const unsigned int third = from[2] ^ 0x80U;
+  if (lead > 0xEF || (second | third) >= 64) return false;
+  const UInt8 page = kFromUnicode.numberOfThree[(lead & 0x0FU) << 6 | second];
+  const UInt8 character = kFromUnicode.page[page][third];
+  if (character == 0) return false;
+  *to++ = character;
+  from += 3;
+  return true;
+}
+
+inline bool takeOne(const UInt8*& from, UInt8*& to) {
+  if (*from >= 0x80) return takeHigh(from, to);
+  *to++ = *from++;
+  return true;
+}
+
+/// The same of a character near the end of its text, behind which nothing may be read.
+bool takeLast(const UInt8*& from, std::size_t left, UInt8*& to) {
+  UInt8 bytes[3] = {};
+  std::memcpy(bytes, from, std::min(left, sizeof bytes));
+  const UInt8* copy = bytes;
+  if (!takeOne(copy, to)) return false;
+  from += copy - bytes;
+  return true;
 }
 
 }  // namespace
@@ -127,11 +149,8 @@ Converted macRomanToUTF8(std::string_view macRoman, char* buffer, std::size_t ro
   const char* const end = from + macRoman.size();
   char* to = buffer;
   const char* const limit = buffer + room;
-  const auto left = [](const char* at, const char* stop) {
-    return static_cast<std::size_t>(stop - at);
-  };
   constexpr std::size_t kMostOfGroup = kGroup * kUTF8PerMacRoman + 1;
-  while (left(from, end) >= kGroup && left(to, limit) >= kMostOfGroup) {
+  while (distance(from, end) >= kGroup && distance(to, limit) >= kMostOfGroup) {
     if (isASCIIGroup(from)) {
       std::memcpy(to, from, kGroup);
       to += kGroup;
@@ -142,30 +161,34 @@ Converted macRomanToUTF8(std::string_view macRoman, char* buffer, std::size_t ro
   }
   for (; from != end; ++from) {
     const UTF8Form& form = kToUTF8[static_cast<UInt8>(*from)];
-    if (form.length > left(to, limit)) break;
+    if (form.length > distance(to, limit)) break;
     std::memcpy(to, form.bytes, form.length);
     to += form.length;
   }
-  return {left(macRoman.data(), from), left(buffer, to)};
+  return {distance(macRoman.data(), from), distance(buffer, to)};
 }
 
 Converted macRomanFromUTF8(std::string_view utf8, char* buffer, std::size_t room) {
-  const char* const text = utf8.data();
-  Converted done;
-  while (done.taken < utf8.size() && done.made < room) {
-    const std::size_t left = utf8.size() - done.taken;
-    if (left >= kGroup && room - done.made >= kGroup && isASCIIGroup(text + done.taken)) {
-      std::memcpy(buffer + done.made, text + done.taken, kGroup);
-      done.taken += kGroup;
-      done.made += kGroup;
-      continue;
+  constexpr std::size_t kInARow = 4;  // characters; looking at each group for ASCII would cost more
+  const auto* const text = reinterpret_cast<const UInt8*>(utf8.data());
+  const UInt8* from = text;
+  const UInt8* const end = text + utf8.size();
+  auto* const start = reinterpret_cast<UInt8*>(buffer);
+  UInt8* to = start;
+  const UInt8* const limit = start + room;
+  bool isGood = true;
+  while (isGood && distance(from, end) >= kInARow * kUTF8PerMacRoman &&
+         distance(to, limit) >= kGroup) {
+    if (isASCIIGroup(from)) {
+      std::memcpy(to, from, kGroup);
+      from += kGroup;
+      to += kGroup;
+    } else {
+      for (std::size_t i = 0; i < kInARow && isGood; ++i) isGood = takeOne(from, to);
     }
-    const MacRomanForm form = macRomanForm(text + done.taken, left);
-    if (form.length == 0) break;
-    buffer[done.made++] = static_cast<char>(form.character);
-    done.taken += form.length;
   }
-  return done;
+  while (isGood && from != end && to != limit) isGood = takeLast(from, distance(from, end), to);
+  return {distance(text, from), distance(start, to)};
 }
 
 std::string utf8FromMacRoman(std::string_view macRoman) {
