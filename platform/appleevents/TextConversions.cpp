@@ -18,6 +18,8 @@ namespace {
 namespace encodings = platform::corefoundation;
 
 constexpr std::size_t kLongestPString = 255;
+constexpr UniChar kByteOrderMark = 0xFEFF;
+constexpr UniChar kReversedMark = 0xFFFE;  // no character
 
 encodings::Bytes octets(Bytes bytes) {
   return {reinterpret_cast<const UInt8*>(bytes.data()), bytes.size()};
@@ -41,7 +43,8 @@ EncodedText withoutMark(Bytes data, CFStringEncoding encoding) {
 EncodedText hostUnicode(Bytes data) {
   UInt16 first = 0;
   if (data.size() >= sizeof first) std::memcpy(&first, data.data(), sizeof first);
-  if (first == 0xFEFF || first == 0xFFFE) return withoutMark(data, kCFStringEncodingUnicode);
+  if (first == kByteOrderMark || first == kReversedMark)
+    return withoutMark(data, kCFStringEncodingUnicode);
   return {octets(data), std::endian::native == std::endian::big ? kCFStringEncodingUTF16BE
                                                                 : kCFStringEncodingUTF16LE};
 }
@@ -96,9 +99,13 @@ class Characters final {
     return noErr;
   }
 
+  /// Without marks, of which there may be more than one: they are no characters in front of a text.
   encodings::Units units() const {
     const Bytes bytes = storage->bytes();
-    return {reinterpret_cast<const UniChar*>(bytes.data()), bytes.size() / sizeof(UniChar)};
+    encodings::Units all(reinterpret_cast<const UniChar*>(bytes.data()),
+                         bytes.size() / sizeof(UniChar));
+    while (!all.empty() && all[0] == kByteOrderMark) all = all.subspan(1);
+    return all;
   }
 
  private:
@@ -146,6 +153,11 @@ OSErr makeText(encodings::Units units, CFStringEncoding encoding, Frame frame, D
   return noErr;
 }
 
+/// In front of UTF-16 it would turn all that follows round.
+bool beginsWithReversedMark(encodings::Units units) {
+  return !units.empty() && units[0] == kReversedMark;
+}
+
 OSErr makeText(encodings::Units units, DescType toType, AEDesc* result) {
   switch (toType) {
     case typeCString:
@@ -161,8 +173,10 @@ OSErr makeText(encodings::Units units, DescType toType, AEDesc* result) {
     }
     case typeUnicodeText:
     case typeStyledUnicodeText:
+      if (beginsWithReversedMark(units)) return errAECoercionFail;
       return makeText(units, kCFStringEncodingUnicode, {}, toType, result);
     case typeUTF16ExternalRepresentation:
+      if (beginsWithReversedMark(units)) return errAECoercionFail;
       return makeText(units, kCFStringEncodingUTF16BE, {}, toType, result);
     case typeUTF8Text:
       return makeText(units, kCFStringEncodingUTF8, {}, toType, result);

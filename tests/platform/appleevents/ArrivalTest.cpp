@@ -195,10 +195,24 @@ TEST(Arrival, BelievesNoMessageThatItIsADirectCall) {
   for (SInt16 source = -1; source <= 5; ++source) {
     std::vector<std::string> attributes = travellingAttributes();
     attributes[8] = item("esrc", "shor", word(static_cast<UInt32>(source)).substr(2));
+    platform::mach::Message message = tests::makeMessage(eventBlock(attributes, {}));
+    message.isOwn = true;
+    platform::mach::MessageBlock block = platform::mach::makeBlock(std::move(message));
     Desc event;
-    ASSERT_EQ(tests::decode(eventBlock(attributes, {}), &event), noErr);
+    ASSERT_EQ(AEDecodeMessage(&block.header, &event, nullptr), noErr);
     const SInt16 expected = source == kAESameProcess ? kAESameProcess : kAELocalProcess;
     EXPECT_EQ(attribute<SInt16>(event, keyEventSourceAttr, typeSInt16), expected);
+  }
+}
+
+// Else any process could interact with the person as this one.
+TEST(Arrival, BelievesNoStrangerThatItIsThisProcess) {
+  for (SInt16 source = -1; source <= 5; ++source) {
+    std::vector<std::string> attributes = travellingAttributes();
+    attributes[8] = item("esrc", "shor", word(static_cast<UInt32>(source)).substr(2));
+    Desc event;
+    ASSERT_EQ(tests::decode(eventBlock(attributes, {}), &event), noErr);
+    EXPECT_EQ(attribute<SInt16>(event, keyEventSourceAttr, typeSInt16), kAELocalProcess);
   }
 }
 

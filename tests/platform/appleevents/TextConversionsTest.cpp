@@ -80,6 +80,8 @@ const FormCase kForms[] = {
      "a\0"s,
      typeChar, "a"},
     {typeUnicodeText, unitsOf({0xFEFF}), typeUTF8Text, ""},
+    {typeUnicodeText, unitsOf({0xFEFF, 0xFEFF, 'a'}), typeUTF8Text, "a"},
+    {typeUTF8Text, "\xEF\xBF\xBE", typeEncodedString, "\x08\0\x01\0\xEF\xBF\xBE"s},
 };
 
 TEST(TextConversions, KeepTheCharacters) {
@@ -102,6 +104,9 @@ const FormCase kRefusedForms[] = {
     {typeUTF8Text, "\xC3", typeUnicodeText, ""},
     {typeUTF8Text, "\xC0\x80", typeUnicodeText, ""},
     {typeUTF8Text, "\xED\xA0\x80", typeUnicodeText, ""},
+    {typeUTF8Text, "\xEF\xBF\xBE", typeUnicodeText, ""},
+    {typeUTF8Text, "\xEF\xBF\xBE", typeStyledUnicodeText, ""},
+    {typeUTF8Text, "\xEF\xBF\xBE", typeUTF16ExternalRepresentation, ""},
     {typeUnicodeText, "a", typeChar, ""},
     {typeUnicodeText, unitsOf({0xD800}), typeUTF8Text, ""},
     {typeUTF16ExternalRepresentation, "abc", typeChar, ""},
