@@ -32,7 +32,7 @@ OSErr itemOfFolder(FolderID folder, Item& item);
 /// does not exist; dirNFErr, bdNamErr.
 OSErr itemNamed(FolderID folder, std::string_view macName, Item& item);
 
-/// The item of a specification, whose name is no path. fnfErr as above.
+/// The item of an FSSpec, whose name is no path. fnfErr as above.
 OSErr itemOfSpec(const FSSpec& spec, Item& item);
 OSErr itemOfRef(const FSRef& ref, Item& item);
 /// The item at a path, links followed.
@@ -42,7 +42,7 @@ FSSpec specOf(const Item& item);
 /// fnfErr if the item does not exist.
 OSErr makeRef(const Item& item, FSRef& ref);
 
-/// The host path of what a specification stands for. fnfErr, with the path, if nothing is there.
+/// The host path of what an FSSpec stands for. fnfErr, with the path, if nothing is there.
 OSErr pathOfSpec(const FSSpec& spec, std::string& path);
 OSErr pathOfRef(const FSRef& ref, std::string& path);
 

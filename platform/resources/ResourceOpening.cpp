@@ -1,5 +1,5 @@
 // Licence: MIT, see LICENSE.
-// Opening and making resource files by specification or reference.
+// Opening and making resource files by FSSpec or FSRef.
 #include <CarbonCore/MacErrors.h>
 #include <CarbonCore/Resources.h>
 

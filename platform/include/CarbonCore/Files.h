@@ -106,7 +106,7 @@ EXTERN_API_BEGIN
 /* Makes the FSSpec of an item. The volume 0 is the only one, the directory 0 its root. The name is
    an item's in the directory, or a path: ":folder:item" from the directory on ("::" goes up one
    folder), "Volume:folder:item" from the root on. Null and the empty name stand for the directory
-   itself. fnfErr, with the specification complete, if all but the last item exists. */
+   itself. fnfErr, with the FSSpec complete, if all but the last item exists. */
 OSErr FSMakeFSSpec(SInt16 vRefNum, SInt32 dirID, ConstStr255Param fileName, FSSpec* spec);
 /* fnfErr for an item that does not exist. */
 OSErr FSpMakeFSRef(const FSSpec* source, FSRef* newRef);

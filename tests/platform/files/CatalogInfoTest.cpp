@@ -68,7 +68,7 @@ TEST_F(CatalogInfo, LeavesFieldsThatWereNotAskedFor) {
   EXPECT_EQ(info.permissions[3], 0x55555555U);
 }
 
-TEST_F(CatalogInfo, GivesNameSpecificationAndParent) {
+TEST_F(CatalogInfo, GivesNameSpecAndParent) {
   const FSRef ref = refOf(put("a/either:or"));
   HFSUniStr255 name{};
   FSSpec spec{};

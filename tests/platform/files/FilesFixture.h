@@ -1,5 +1,5 @@
 // Licence: MIT, see LICENSE.
-// A folder of a test's own with specifications in it.
+// A folder of a test's own with FSSpecs in it.
 #ifndef TESTS_PLATFORM_FILES_FILESFIXTURE_H
 #define TESTS_PLATFORM_FILES_FILESFIXTURE_H
 
@@ -67,7 +67,7 @@ class FilesFixture : public testing::Test {
     EXPECT_EQ(FSGetCatalogInfo(&ref, kFSCatInfoNodeID, &info, nullptr, nullptr, nullptr), noErr);
     return static_cast<SInt32>(info.nodeID);
   }
-  /// The specification of a name in the test's folder.
+  /// The FSSpec of a name in the test's folder.
   OSErr make(std::string_view name, FSSpec& spec) const {
     return FSMakeFSSpec(0, idOf(top), Pascal(name), &spec);
   }

@@ -13,10 +13,10 @@ using namespace tests;
 using platform::files::kVolume;
 namespace fs = std::filesystem;
 
-class Specifications : public FilesFixture {};
+class FileSpecs : public FilesFixture {};
 class References : public FilesFixture {};
 
-TEST_F(Specifications, HaveTheOriginalLayout) {
+TEST_F(FileSpecs, HaveTheOriginalLayout) {
   EXPECT_EQ(sizeof(FSSpec), 70U);
   EXPECT_EQ(offsetof(FSSpec, parID), 2U);
   EXPECT_EQ(offsetof(FSSpec, name), 6U);
@@ -24,7 +24,7 @@ TEST_F(Specifications, HaveTheOriginalLayout) {
   EXPECT_EQ(sizeof(FSCatalogInfo), 144U);
 }
 
-TEST_F(Specifications, StandForAnItem) {
+TEST_F(FileSpecs, StandForAnItem) {
   put("file");
   FSSpec spec{};
   EXPECT_EQ(make("file", spec), noErr);
@@ -34,7 +34,7 @@ TEST_F(Specifications, StandForAnItem) {
   EXPECT_EQ(pathOf(spec), path("file"));
 }
 
-TEST_F(Specifications, StandForAnItemThatIsYetToBe) {
+TEST_F(FileSpecs, StandForAnItemThatIsYetToBe) {
   FSSpec spec{};
   EXPECT_EQ(make("new", spec), fnfErr);
   EXPECT_EQ(spec.parID, idOf(top));
@@ -44,7 +44,7 @@ TEST_F(Specifications, StandForAnItemThatIsYetToBe) {
   EXPECT_EQ(pathOf(spec), path("new"));
 }
 
-TEST_F(Specifications, WithoutANameAreOfTheFolder) {
+TEST_F(FileSpecs, WithoutANameAreOfTheFolder) {
   makeFolder("folder");
   for (ConstStr255Param none : {ConstStr255Param{nullptr}, ConstStr255Param{Pascal("")}}) {
     FSSpec spec{};
@@ -54,7 +54,7 @@ TEST_F(Specifications, WithoutANameAreOfTheFolder) {
   }
 }
 
-TEST_F(Specifications, OfTheRootHaveTheVolumesName) {
+TEST_F(FileSpecs, OfTheRootHaveTheVolumesName) {
   for (SInt32 folder : {SInt32{0}, SInt32{fsRtDirID}}) {
     FSSpec spec{};
     EXPECT_EQ(FSMakeFSSpec(0, folder, nullptr, &spec), noErr);
@@ -71,7 +71,7 @@ struct PathRow {
   const char* what;
   const char* name;
   OSErr result;
-  const char* path;  // below the test's folder, of what the specification stands for
+  const char* path;  // below the test's folder, of what the FSSpec stands for
 };
 
 class MacPaths : public FilesFixture, public testing::WithParamInterface<PathRow> {};
@@ -106,7 +106,7 @@ INSTANTIATE_TEST_SUITE_P(All, MacPaths,
                                          PathRow{"TheHostsDots", ":..", bdNamErr, nullptr}),
                          [](const auto& row) { return row.param.what; });
 
-TEST_F(Specifications, AreMadeOfFullPaths) {
+TEST_F(FileSpecs, AreMadeOfFullPaths) {
   put("a/file");
   std::string full = "Host" + path("a/file");
   std::replace(full.begin(), full.end(), '/', ':');
@@ -118,7 +118,7 @@ TEST_F(Specifications, AreMadeOfFullPaths) {
   EXPECT_EQ(FSMakeFSSpec(0, 0, Pascal("Host::"), &spec), dirNFErr);  // above the root
 }
 
-TEST_F(Specifications, AreRefusedWithTheReason) {
+TEST_F(FileSpecs, AreRefusedWithTheReason) {
   FSSpec spec{};
   spec.name[0] = 99;
   EXPECT_EQ(FSMakeFSSpec(0, 0, nullptr, nullptr), paramErr);
@@ -131,7 +131,7 @@ TEST_F(Specifications, AreRefusedWithTheReason) {
   EXPECT_EQ(spec.name[0], 99);
 }
 
-TEST_F(Specifications, FindNamesThatAreShownShortened) {
+TEST_F(FileSpecs, FindNamesThatAreShownShortened) {
   const std::string names[] = {std::string(200, 'n') + ".text", "\xE6\x97\xA5\xE6\x9C\xAC",
                                "bad\xFF", "looks#1234ABCD.txt"};
   for (const std::string& name : names) {
@@ -147,7 +147,7 @@ TEST_F(Specifications, FindNamesThatAreShownShortened) {
   }
 }
 
-TEST_F(Specifications, OfALongNameAreMadeOfTheWholeOfItToo) {
+TEST_F(FileSpecs, OfALongNameAreMadeOfTheWholeOfItToo) {
   const std::string name(100, 'n');
   put(name);
   FSSpec spec{};
@@ -156,7 +156,7 @@ TEST_F(Specifications, OfALongNameAreMadeOfTheWholeOfItToo) {
   EXPECT_EQ(pathOf(spec), path(name));
 }
 
-TEST_F(Specifications, TellNamesOfBothSystemsApart) {
+TEST_F(FileSpecs, TellNamesOfBothSystemsApart) {
   put("either:or");
   FSSpec spec{};
   EXPECT_EQ(make("either/or", spec), noErr);
@@ -164,7 +164,7 @@ TEST_F(Specifications, TellNamesOfBothSystemsApart) {
   EXPECT_EQ(pathOf(spec), path("either:or"));
 }
 
-TEST_F(Specifications, OfALinkAreOfTheLinkItself) {
+TEST_F(FileSpecs, OfALinkAreOfTheLinkItself) {
   put("file");
   fs::create_symlink("file", path("link"));
   FSSpec spec{};
@@ -172,7 +172,7 @@ TEST_F(Specifications, OfALinkAreOfTheLinkItself) {
   EXPECT_EQ(pathOf(spec), path("link"));
 }
 
-TEST_F(Specifications, OfAFolderThatIsGoneAreRefused) {
+TEST_F(FileSpecs, OfAFolderThatIsGoneAreRefused) {
   makeFolder("folder");
   const SInt32 id = idOf(path("folder"));
   fs::remove(path("folder"));
@@ -182,7 +182,7 @@ TEST_F(Specifications, OfAFolderThatIsGoneAreRefused) {
   EXPECT_EQ(pathOf(spec), "error -120");
 }
 
-TEST_F(Specifications, ThatNobodyMadeAreReadWithCare) {
+TEST_F(FileSpecs, ThatNobodyMadeAreReadWithCare) {
   FSRef ref;
   FSSpec spec{5, 2, "\1x"};
   EXPECT_EQ(FSpMakeFSRef(&spec, &ref), nsvErr);
@@ -315,7 +315,7 @@ TEST_F(References, AreComparedByTheirItems) {
   EXPECT_EQ(FSCompareFSRefs(&one, &other), fnfErr);
 }
 
-TEST_F(Specifications, MakeFolders) {
+TEST_F(FileSpecs, MakeFolders) {
   FSSpec spec{};
   ASSERT_EQ(make("new/folder", spec), fnfErr);
   SInt32 id = 0;
