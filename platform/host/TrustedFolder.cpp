@@ -13,6 +13,7 @@
 #include <cstdio>
 #include <optional>
 #include <string_view>
+#include <utility>
 
 #include "platform/host/Log.h"
 #include "platform/host/Retry.h"
@@ -130,11 +131,13 @@ Result<Descriptor> openTrusted(const std::string& path, const FolderRule& rule, 
   std::string_view rest = path;
   const bool absolute = rest.starts_with('/');
   rest.remove_prefix(std::min(rest.find_first_not_of('/'), rest.size()));
-  Descriptor folder(retry([&] { return ::open(absolute ? "/" : ".", kFollowFlags); }));
-  if (!folder) return lastError();
+  // The first step of an absolute path is taken with its slash: an emulator has a root of its own.
+  std::string lead = absolute ? "/" : "";
+  Descriptor folder(absolute ? -1 : retry([&] { return ::open(".", kFollowFlags); }));
+  if (!absolute && !folder) return lastError();
   for (;;) {
     const std::string_view name = takeStep(rest);
-    const Step step(folder, std::string(name),
+    const Step step(folder, std::exchange(lead, {}).append(name),
                     path.substr(0, static_cast<std::size_t>(name.end() - path.data())));
     if (rest.empty()) return step.enter(rule, make);
     Result<Descriptor> next = step.pass(path, make);
