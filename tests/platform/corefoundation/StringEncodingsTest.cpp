@@ -8,7 +8,11 @@
 #include <string>
 #include <vector>
 
+#include "platform/text/MacRoman.h"
+
 using namespace platform::corefoundation;
+using platform::text::fromMacRoman;
+using platform::text::toMacRoman;
 
 namespace {
 
