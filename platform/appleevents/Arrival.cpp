@@ -61,7 +61,7 @@ OSStatus decodeMessage(mach::Message message, AppleEvent* event, AppleEvent* rep
   std::unique_ptr<Storage> storage = Storage::adopt(std::move(message.body));
   if (storage == nullptr) return memFullErr;
   forgetPorts(typeAppleEvent, storage->writable());
-  writeArrival(storage->writable(), message.receiver);
+  writeArrival(storage->writable(), message.receiver, message.isOwn);
   HeldDesc arrived;
   *arrived.out() = {typeAppleEvent, storage.release()};
   OSErr status = trackReads(arrived.get());

@@ -147,12 +147,12 @@ bool writeOver(WritableBytes event, const Postmark& mark) {
   return written == kPostmarkParts;
 }
 
-void writeArrival(WritableBytes message, mach_port_name_t receiver) {
+void writeArrival(WritableBytes message, mach_port_name_t receiver, bool isOwn) {
   visitAttributes(message, [&](const Item& item, std::byte* data) {
     if (item.keyword == keyAddressAttr && isOf(item, typeMachPort, kWord)) {
       storeWord(data, receiver);
     } else if (item.keyword == keyEventSourceAttr &&
-               loadWord(data) >> kHalfShift != UInt32{kAESameProcess}) {
+               (!isOwn || loadWord(data) >> kHalfShift != UInt32{kAESameProcess})) {
       storeWord(data, UInt32{kAELocalProcess} << kHalfShift);
     }
   });

@@ -49,8 +49,8 @@ std::unique_ptr<Storage> makeEvent(const Beginning& beginning, const Postmark& m
 bool writeOver(WritableBytes event, const Postmark& mark);
 
 /// Writes into a message what only the receiver knows: the port at which it arrived, if it was sent
-/// to one, and that it came from elsewhere unless it says that it is this process's own.
-void writeArrival(WritableBytes message, mach_port_name_t receiver);
+/// to one, and that it came from elsewhere unless it is this process's own and says so.
+void writeArrival(WritableBytes message, mach_port_name_t receiver, bool isOwn);
 
 /// An attribute as it lies in an event; nothing if there is none, or the descriptor is no event.
 std::optional<Item> findAttribute(const AppleEvent& event, AEKeyword keyword);

@@ -133,7 +133,9 @@ void discardInput(const Descriptor& descriptor) {
 
 bool hasHungUp(const Descriptor& connection) {
   pollfd polled{connection.number(), 0, 0};
-  return poll(&polled, 1, 0) == 1 && (polled.revents & (POLLHUP | POLLERR | POLLNVAL)) != 0;
+  // A signal interrupts even a call that does not wait.
+  const int count = retry([&] { return poll(&polled, 1, 0); });
+  return count == 1 && (polled.revents & (POLLHUP | POLLERR | POLLNVAL)) != 0;
 }
 
 }  // namespace platform::host

@@ -31,6 +31,7 @@ MessageBlock makeBlock(Message message) {
   block.data.address = message.body.memory.release();
   block.data.deallocate = 1;
   block.data.type = kOutOfLine;
+  block.isOwn = message.isOwn;
   return block;
 }
 
@@ -39,6 +40,7 @@ std::optional<Message> takeFromBlock(mach_msg_header_t* header) {
   auto* block = reinterpret_cast<MessageBlock*>(header);
   Message message;
   message.id = block->header.msgh_id;
+  message.isOwn = block->isOwn;
   message.receiver = block->header.msgh_local_port;
   message.reply = std::exchange(block->header.msgh_remote_port, MACH_PORT_NULL);
   message.body.memory.reset(static_cast<std::byte*>(std::exchange(block->data.address, nullptr)));

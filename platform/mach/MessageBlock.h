@@ -1,6 +1,6 @@
 // Licence: MIT, see LICENSE.
 // A received message in the form in which call-backs of Mach ports see it: header, body, and one
-// descriptor of out-of-line data.
+// descriptor of out-of-line data, with a trailer behind them.
 #ifndef PLATFORM_MACH_MESSAGEBLOCK_H
 #define PLATFORM_MACH_MESSAGEBLOCK_H
 
@@ -18,6 +18,7 @@ struct MessageBlock {
   mach_msg_header_t header;
   mach_msg_body_t body;
   mach_msg_ool_descriptor_t data;
+  bool isOwn;  // sent from within this process, as its sender cannot make up
 };
 
 /// The ID under which Apple events travel.

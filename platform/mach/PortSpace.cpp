@@ -53,7 +53,7 @@ struct Sending {
     if (port.dead) return MACH_SEND_INVALID_DEST;
     if (answers == 0 && port.isFull()) return MACH_SEND_TIMED_OUT;
     if (answers != 0 && !forgetAnswer(port, answers)) return KERN_SUCCESS;  // no longer awaited
-    QueuedMessage message{.id = id, .answers = answers, .body = std::move(*copy)};
+    QueuedMessage message{.id = id, .answers = answers, .isOwn = true, .body = std::move(*copy)};
     if (replyPort && !replyPort->dead) {
       message.reply = {nullptr, replyPort, expectAnswer(replyPort, nullptr)};
     }
@@ -180,6 +180,7 @@ void takeOldest(Lock& lock, Port& port, Message& message) {
   if (!port.queue.empty()) wakeWaiters(port);  // another thread may take the next one
   message.id = oldest.id;
   message.receiver = port.name;
+  message.isOwn = oldest.isOwn;
   message.body = std::move(oldest.body);
   message.reply = MACH_PORT_NULL;
   if (!oldest.reply) return;

@@ -40,6 +40,7 @@ struct Message {
   mach_msg_id_t id = 0;
   mach_port_name_t receiver = MACH_PORT_NULL;
   mach_port_name_t reply = MACH_PORT_NULL;
+  bool isOwn = false;  // sent from within this process
   Buffer body;
 };
 

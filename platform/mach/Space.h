@@ -127,6 +127,7 @@ struct QueuedMessage {
   mach_msg_id_t id = 0;
   Token answers = 0;  // the token of the request that this answers
   ReplyRight reply{};
+  bool isOwn = false;  // sent from within this process
   Buffer body{};
 };
 
