@@ -8,6 +8,7 @@
 
 #include "platform/corefoundation/CFRuntime.h"
 #include "platform/corefoundation/GrowingBuffer.h"
+#include "platform/corefoundation/MutableSharing.h"
 
 namespace platform::corefoundation {
 
@@ -89,13 +90,18 @@ CFStringRef Data::copyDescription() const {
 class MutableData final : public Data {
  public:
   explicit MutableData(CFIndex capacity) : limit(capacity) {}
+  // Shares the bytes of immutable data until they are to be changed.
+  explicit MutableData(Held<CFDataRef> original) : limit(0), shared(std::move(original)) {
+    content = objectOf<Data>(shared.get())->bytes();
+  }
   ~MutableData() override { buffer.release(allocator()); }
 
   bool isMutable() const override { return true; }
-  UInt8* data() { return buffer.data(); }
+  UInt8* data() { return stopSharing() ? buffer.data() : nullptr; }
 
   // Nothing happens if the result would not fit or there is no memory; then it answers false.
   bool replace(CFRange range, const UInt8* bytes, CFIndex count) {
+    if (!stopSharing()) return false;
     const CFIndex kept = length() - range.length;
     if (limit > 0 && count > limit - kept) return false;
     if (!buffer.replace(allocator(), range.location, range.length, bytes, count)) return false;
@@ -104,7 +110,16 @@ class MutableData final : public Data {
   }
 
  private:
+  bool stopSharing() {
+    if (!shared) return true;
+    if (!buffer.append(allocator(), content.data(), length())) return false;
+    content = Bytes(buffer.data(), static_cast<std::size_t>(buffer.size()));
+    shared = Held<CFDataRef>();
+    return true;
+  }
+
   const CFIndex limit;
+  Held<CFDataRef> shared;
   GrowingBuffer<UInt8> buffer;
 };
 
@@ -116,6 +131,10 @@ MutableData* mutableDataOf(CFMutableDataRef reference) {
 }
 
 }  // namespace
+
+CFMutableDataRef createMutableSharing(CFAllocatorRef allocator, Held<CFDataRef> data) {
+  return referenceTo<CFMutableDataRef>(create<MutableData>(allocator, std::move(data)));
+}
 
 }  // namespace platform::corefoundation
 

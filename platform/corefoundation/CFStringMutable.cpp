@@ -2,9 +2,20 @@
 // Text that can be appended to.
 #include <CoreFoundation/CFString.h>
 
+#include "platform/corefoundation/MutableSharing.h"
 #include "platform/corefoundation/StringObject.h"
 
 namespace platform::corefoundation {
+
+bool MutableString::stopSharing() {
+  if (!shared) return true;
+  const CFIndex length = content.length;
+  if (!units.append(allocator(), nullptr, length)) return false;
+  if (length > 0) content.copyTo(units.data(), {0, length});
+  content = {nullptr, length > 0 ? units.data() : kEmpty, length};
+  shared = Held<CFStringRef>();
+  return true;
+}
 
 UniChar* MutableString::extend(const UniChar* source, CFIndex added) {
   const CFIndex before = units.size();
@@ -17,6 +28,7 @@ UniChar* MutableString::extend(const UniChar* source, CFIndex added) {
 
 bool MutableString::append(const TextView& text) {
   if (text.length == 0) return true;
+  if (!stopSharing()) return false;
   if (text.wide != nullptr) return extend(text.wide, text.length) != nullptr;
   UniChar* room = extend(nullptr, text.length);
   if (room != nullptr) text.copyTo(room, {0, text.length});
@@ -27,9 +39,14 @@ bool MutableString::append(Bytes text, CFStringEncoding encoding) {
   const std::optional<CFIndex> length = decodedLength(text, encoding);
   if (!length) return false;
   if (*length == 0) return true;
+  if (!stopSharing()) return false;
   UniChar* room = extend(nullptr, *length);
   if (room != nullptr) decode(text, encoding, room);
   return room != nullptr;
+}
+
+CFMutableStringRef createMutableSharing(CFAllocatorRef allocator, Held<CFStringRef> string) {
+  return referenceTo<CFMutableStringRef>(create<MutableString>(allocator, std::move(string)));
 }
 
 }  // namespace platform::corefoundation

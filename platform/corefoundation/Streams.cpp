@@ -7,7 +7,7 @@ namespace platform::corefoundation {
 
 namespace {
 
-// As <errno.h> has them everywhere.
+// As every host numbers them.
 constexpr int kNoSuchFile = 2;
 constexpr int kNoMemory = 12;
 

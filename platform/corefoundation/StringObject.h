@@ -79,6 +79,10 @@ class String : public Object {
 class MutableString final : public String {
  public:
   explicit MutableString(CFIndex maximumLength) : limit(maximumLength) { content.wide = kEmpty; }
+  /// Shares the text of an immutable string until it is changed.
+  explicit MutableString(Held<CFStringRef> original) : limit(0), shared(std::move(original)) {
+    content = objectOf<String>(shared.get())->text();
+  }
   ~MutableString() override { units.release(allocator()); }
 
   bool isMutable() const override { return true; }
@@ -89,10 +93,13 @@ class MutableString final : public String {
  private:
   static constexpr UniChar kEmpty[1] = {};
 
+  // Has text of its own from now on.
+  bool stopSharing();
   // Room for so many more units at the end, or null.
   UniChar* extend(const UniChar* source, CFIndex added);
 
   const CFIndex limit;
+  Held<CFStringRef> shared;
   GrowingBuffer<UniChar> units;
 };
 
