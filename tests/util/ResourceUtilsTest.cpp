@@ -73,7 +73,7 @@ TEST_F(ResourceReading, SaysWhenThereIsNoMemoryToLoadIt) {
   }
 }
 
-struct CopyRow {
+struct ResourceCopyRow {
   const char* what;
   ResID id;
   SInt32 size;
@@ -82,10 +82,11 @@ struct CopyRow {
   std::string buffer;  // of 16 bytes that were "################"
 };
 
-class ResourceCopies : public ResourceReading, public testing::WithParamInterface<CopyRow> {};
+class ResourceCopies : public ResourceReading,
+                       public testing::WithParamInterface<ResourceCopyRow> {};
 
 TEST_P(ResourceCopies, FillTheBuffer) {
-  const CopyRow& row = GetParam();
+  const ResourceCopyRow& row = GetParam();
   std::string buffer(16, '#');
   SInt32 size = 77;
   EXPECT_EQ(NFCopy1Resource('TEXT', row.id, buffer.data(), row.size, &size), row.result);
@@ -96,15 +97,15 @@ TEST_P(ResourceCopies, FillTheBuffer) {
 
 INSTANTIATE_TEST_SUITE_P(
     All, ResourceCopies,
-    testing::Values(CopyRow{"Exact", 1, 12, noErr, 12, "twelve bytes####"},
-                    CopyRow{"Larger", 1, 15, noErr, 12, "twelve bytes\0\0\0#"s},
-                    CopyRow{"Smaller", 1, 6, noErr, 12, "twelve##########"},
-                    CopyRow{"One", 1, 1, noErr, 12, "t###############"},
-                    CopyRow{"NoRoom", 1, 0, noErr, 12, "################"},
-                    CopyRow{"NegativeRoom", 1, -5, noErr, 12, "################"},
-                    CopyRow{"Empty", 3, 3, noErr, 0, "\0\0\0#############"s},
-                    CopyRow{"OfAnotherFile", 2, 4, resNotFound, 0, "\0\0\0\0############"s},
-                    CopyRow{"Missing", 99, 16, resNotFound, 0, std::string(16, '\0')}),
+    testing::Values(ResourceCopyRow{"Exact", 1, 12, noErr, 12, "twelve bytes####"},
+                    ResourceCopyRow{"Larger", 1, 15, noErr, 12, "twelve bytes\0\0\0#"s},
+                    ResourceCopyRow{"Smaller", 1, 6, noErr, 12, "twelve##########"},
+                    ResourceCopyRow{"One", 1, 1, noErr, 12, "t###############"},
+                    ResourceCopyRow{"NoRoom", 1, 0, noErr, 12, "################"},
+                    ResourceCopyRow{"NegativeRoom", 1, -5, noErr, 12, "################"},
+                    ResourceCopyRow{"Empty", 3, 3, noErr, 0, "\0\0\0#############"s},
+                    ResourceCopyRow{"OfAnotherFile", 2, 4, resNotFound, 0, "\0\0\0\0############"s},
+                    ResourceCopyRow{"Missing", 99, 16, resNotFound, 0, std::string(16, '\0')}),
     [](const auto& row) { return row.param.what; });
 
 TEST_F(ResourceReading, TellsTheSizeAlone) {

@@ -19,7 +19,7 @@ using platform::mach::kPacketHeaderSize;
 using platform::mach::makeBuffer;
 using platform::mach::PacketHeader;
 using Kind = PacketHeader::Kind;
-using Outcome = Assembler::Outcome;
+using Assembled = Assembler::Outcome;
 
 std::vector<std::byte> packet(const PacketHeader& header, Bytes body = {}) {
   const auto head = encodeHeader(header);
@@ -75,9 +75,9 @@ TEST(PacketHeaderCoding, RefusesWhatIsNotAsItShouldBe) {
 
 TEST(PacketAssembler, TakesAMessageOfOnePacket) {
   Assembler assembler;
-  EXPECT_EQ(Outcome::kComplete, assembler.feed(packet({.id = 3})));
+  EXPECT_EQ(Assembled::kComplete, assembler.feed(packet({.id = 3})));
   EXPECT_EQ(0u, assembler.takeBody().size);
-  EXPECT_EQ(Outcome::kComplete, assembler.feed(packet({.id = 4, .total = 10}, pattern(10))));
+  EXPECT_EQ(Assembled::kComplete, assembler.feed(packet({.id = 4, .total = 10}, pattern(10))));
   EXPECT_EQ(4, assembler.header().id);
   const Buffer body = assembler.takeBody();
   EXPECT_EQ(pattern(10), std::vector<std::byte>(body.bytes().begin(), body.bytes().end()));
@@ -88,10 +88,10 @@ TEST(PacketAssembler, JoinsTheParts) {
   const Bytes bytes(whole);
   Assembler assembler;
   PacketHeader header{.reply = 9, .id = 3, .total = 25};
-  EXPECT_EQ(Outcome::kPartial, assembler.feed(packet(header, bytes.first(10))));
+  EXPECT_EQ(Assembled::kPartial, assembler.feed(packet(header, bytes.first(10))));
   header.kind = Kind::kContinuation;
-  EXPECT_EQ(Outcome::kPartial, assembler.feed(packet(header, bytes.subspan(10, 14))));
-  EXPECT_EQ(Outcome::kComplete, assembler.feed(packet(header, bytes.subspan(24))));
+  EXPECT_EQ(Assembled::kPartial, assembler.feed(packet(header, bytes.subspan(10, 14))));
+  EXPECT_EQ(Assembled::kComplete, assembler.feed(packet(header, bytes.subspan(24))));
   EXPECT_EQ(9u, assembler.header().reply);
   const Buffer body = assembler.takeBody();
   EXPECT_EQ(whole, std::vector<std::byte>(body.bytes().begin(), body.bytes().end()));
@@ -99,8 +99,8 @@ TEST(PacketAssembler, JoinsTheParts) {
 
 TEST(PacketAssembler, AbandonsAnUnfinishedBodyForTheNextMessage) {
   Assembler assembler;
-  EXPECT_EQ(Outcome::kPartial, assembler.feed(packet({.id = 1, .total = 100}, pattern(50))));
-  EXPECT_EQ(Outcome::kComplete, assembler.feed(packet({.id = 2, .total = 3}, pattern(3))));
+  EXPECT_EQ(Assembled::kPartial, assembler.feed(packet({.id = 1, .total = 100}, pattern(50))));
+  EXPECT_EQ(Assembled::kComplete, assembler.feed(packet({.id = 2, .total = 3}, pattern(3))));
   EXPECT_EQ(2, assembler.header().id);
   EXPECT_EQ(3u, assembler.takeBody().size);
 }
@@ -108,44 +108,45 @@ TEST(PacketAssembler, AbandonsAnUnfinishedBodyForTheNextMessage) {
 TEST(PacketAssembler, RefusesAContinuationThatContinuesNothing) {
   const auto rest = packet({.kind = Kind::kContinuation, .total = 10}, pattern(5));
   Assembler fresh;
-  EXPECT_EQ(Outcome::kMalformed, fresh.feed(rest));
+  EXPECT_EQ(Assembled::kMalformed, fresh.feed(rest));
   Assembler complete;
-  EXPECT_EQ(Outcome::kComplete, complete.feed(packet({.total = 10}, pattern(10))));
-  EXPECT_EQ(Outcome::kMalformed, complete.feed(rest));
+  EXPECT_EQ(Assembled::kComplete, complete.feed(packet({.total = 10}, pattern(10))));
+  EXPECT_EQ(Assembled::kMalformed, complete.feed(rest));
   Assembler inFile;
-  EXPECT_EQ(Outcome::kMemoryFile, inFile.feed(packet({.inMemoryFile = true, .total = 10})));
-  EXPECT_EQ(Outcome::kMalformed, inFile.feed(rest));
+  EXPECT_EQ(Assembled::kMemoryFile, inFile.feed(packet({.inMemoryFile = true, .total = 10})));
+  EXPECT_EQ(Assembled::kMalformed, inFile.feed(rest));
 }
 
 TEST(PacketAssembler, RefusesABodyThatDoesNotFitItsClaim) {
   const PacketHeader ten{.total = 10};
   const PacketHeader rest{.kind = Kind::kContinuation, .total = 10};
-  EXPECT_EQ(Outcome::kMalformed, Assembler().feed(packet(ten, pattern(11))));
-  EXPECT_EQ(Outcome::kMalformed, Assembler().feed(packet(ten)));
-  EXPECT_EQ(Outcome::kMalformed, Assembler().feed(packet({.total = 0}, pattern(1))));
+  EXPECT_EQ(Assembled::kMalformed, Assembler().feed(packet(ten, pattern(11))));
+  EXPECT_EQ(Assembled::kMalformed, Assembler().feed(packet(ten)));
+  EXPECT_EQ(Assembled::kMalformed, Assembler().feed(packet({.total = 0}, pattern(1))));
   Assembler partial;
-  EXPECT_EQ(Outcome::kPartial, partial.feed(packet(ten, pattern(5))));
-  EXPECT_EQ(Outcome::kMalformed, partial.feed(packet(rest, pattern(6))));
+  EXPECT_EQ(Assembled::kPartial, partial.feed(packet(ten, pattern(5))));
+  EXPECT_EQ(Assembled::kMalformed, partial.feed(packet(rest, pattern(6))));
   Assembler starved;
-  EXPECT_EQ(Outcome::kPartial, starved.feed(packet(ten, pattern(5))));
-  EXPECT_EQ(Outcome::kMalformed, starved.feed(packet(rest)));
+  EXPECT_EQ(Assembled::kPartial, starved.feed(packet(ten, pattern(5))));
+  EXPECT_EQ(Assembled::kMalformed, starved.feed(packet(rest)));
 }
 
 TEST(PacketAssembler, ExpectsAFileWhereItIsAnnounced) {
   Assembler assembler;
-  EXPECT_EQ(Outcome::kMemoryFile, assembler.feed(packet({.inMemoryFile = true, .total = 1 << 30})));
+  EXPECT_EQ(Assembled::kMemoryFile,
+            assembler.feed(packet({.inMemoryFile = true, .total = 1 << 30})));
   EXPECT_EQ(1u << 30, assembler.header().total);
-  EXPECT_EQ(Outcome::kMalformed,
+  EXPECT_EQ(Assembled::kMalformed,
             Assembler().feed(packet({.inMemoryFile = true, .total = 10}, pattern(10))));
 }
 
 TEST(PacketAssembler, TakesAnAbandonmentOnlyOfSomething) {
   Assembler assembler;
-  EXPECT_EQ(Outcome::kComplete,
+  EXPECT_EQ(Assembled::kComplete,
             assembler.feed(packet({.kind = Kind::kAbandoned, .destination = 7})));
   EXPECT_EQ(7u, assembler.header().destination);
-  EXPECT_EQ(Outcome::kMalformed, assembler.feed(packet({.kind = Kind::kAbandoned})));
-  EXPECT_EQ(Outcome::kMalformed,
+  EXPECT_EQ(Assembled::kMalformed, assembler.feed(packet({.kind = Kind::kAbandoned})));
+  EXPECT_EQ(Assembled::kMalformed,
             assembler.feed(packet({.kind = Kind::kAbandoned, .destination = 7, .total = 1})));
 }
 
