@@ -13,7 +13,6 @@
 #include <cstdio>
 #include <optional>
 #include <string_view>
-#include <utility>
 
 #include "platform/host/Log.h"
 #include "platform/host/Retry.h"
@@ -26,6 +25,8 @@ constexpr int kLookFlags = O_PATH | O_NOFOLLOW | O_CLOEXEC;
 constexpr int kFollowFlags = O_PATH | O_DIRECTORY | O_CLOEXEC;
 constexpr int kOpenFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
 constexpr mode_t kParentPermissions = 0755;
+// An emulator that puts a root of its own before the host's knows nothing of this way.
+constexpr char kRoot[] = "/proc/self/root";
 
 bool isOursOrRoots(const struct stat& state) {
   return state.st_uid == geteuid() || state.st_uid == 0;
@@ -116,6 +117,10 @@ class Step final {
   std::string path;
 };
 
+Descriptor openDirectory(const char* path) {
+  return Descriptor(retry([&] { return ::open(path, kFollowFlags); }));
+}
+
 /// Splits the first step off a path.
 std::string_view takeStep(std::string_view& rest) {
   const std::size_t end = std::min(rest.find('/'), rest.size());
@@ -131,13 +136,12 @@ Result<Descriptor> openTrusted(const std::string& path, const FolderRule& rule, 
   std::string_view rest = path;
   const bool absolute = rest.starts_with('/');
   rest.remove_prefix(std::min(rest.find_first_not_of('/'), rest.size()));
-  // The first step of an absolute path is taken with its slash: an emulator has a root of its own.
-  std::string lead = absolute ? "/" : "";
-  Descriptor folder(absolute ? -1 : retry([&] { return ::open(".", kFollowFlags); }));
-  if (!absolute && !folder) return lastError();
+  Descriptor folder = absolute ? openDirectory(kRoot) : openDirectory(".");
+  if (!folder && absolute) folder = openDirectory("/");
+  if (!folder) return lastError();
   for (;;) {
     const std::string_view name = takeStep(rest);
-    const Step step(folder, std::exchange(lead, {}).append(name),
+    const Step step(folder, std::string(name),
                     path.substr(0, static_cast<std::size_t>(name.end() - path.data())));
     if (rest.empty()) return step.enter(rule, make);
     Result<Descriptor> next = step.pass(path, make);
