@@ -77,6 +77,61 @@ INSTANTIATE_TEST_SUITE_P(
         Written{"psn:4711", {'psn ', bytesOf(UInt32{0}) + bytesOf(UInt32{4711})}, "psn :0:4711"}));
 
 INSTANTIATE_TEST_SUITE_P(
+    UnsignedNumbers, WrittenValue,
+    testing::Values(Written{"ushr:65535", {'ushr', bytesOf(UInt16{65535})}, "ushr:65535"},
+                    Written{"uint16:7", {'ushr', bytesOf(UInt16{7})}, "ushr:7"},
+                    Written{"uint64:18446744073709551615",
+                            {'ucom', bytesOf(std::numeric_limits<UInt64>::max())},
+                            "ucom:18446744073709551615"},
+                    Written{"pid:4711", {'kpid', bytesOf(SInt32{4711})}, "kpid:4711"},
+                    Written{"port:1283", {'port', bytesOf(UInt32{1283})}, "port:1283"},
+                    Written{"ldt :-1", {'ldt ', bytesOf(SInt64{-1})}, "ldt :-1"}));
+
+INSTANTIATE_TEST_SUITE_P(
+    Arrays, WrittenValue,
+    testing::Values(
+        Written{"long:1,-2,3",
+                {'long', bytesOf(SInt32{1}) + bytesOf(SInt32{-2}) + bytesOf(SInt32{3})},
+                "long:1,-2,3"},
+        Written{"QDpt:10,-20", {'QDpt', bytesOf(SInt16{10}) + bytesOf(SInt16{-20})}, "QDpt:10,-20"},
+        Written{"bool:true,false", {'bool', std::string("\1\0", 2)}, "bool:true,false"},
+        Written{"type:CmoN,QrlP",
+                {'type', bytesOf(OSType{'CmoN'}) + bytesOf(OSType{'QrlP'})},
+                "type:CmoN,QrlP"},
+        Written{"type:a,b,", {'type', bytesOf(OSType{'a,b,'})}, "type:a,b,"},
+        Written{"type#612c622c51726c50",
+                {'type', bytesOf(OSType{'a,b,'}) + bytesOf(OSType{'QrlP'})},
+                "type#612c622c51726c50"},
+        Written{"psn:1:2,3",
+                {'psn ',
+                 bytesOf(UInt32{1}) + bytesOf(UInt32{2}) + bytesOf(UInt32{0}) + bytesOf(UInt32{3})},
+                "psn :1:2,0:3"},
+        Written{"long#", {'long', ""}, "long#"}));
+
+INSTANTIATE_TEST_SUITE_P(
+    Texts, WrittenValue,
+    testing::Values(
+        Written{"utf8:caf\u00e9 \u2603", {'utf8', "caf\u00e9 \u2603"}, "utf8:caf\u00e9 \u2603"},
+        Written{"unicode:\u2603", {'utxt', bytesOf(UInt16{0x2603})}, "utxt:\u2603"},
+        Written{"sutx:a", {'sutx', bytesOf(UInt16{'a'})}, "sutx:a"},
+        Written{"ut16:a", {'ut16', std::string("\0a", 2)}, "ut16:a"},
+        Written{"cstr:caf\u00e9", {'cstr', std::string("caf\x8e\0", 5)}, "cstr:caf\u00e9"},
+        Written{"pstr:a,b", {'pstr', "\3a,b"}, "pstr:a,b"},
+        Written{"encs:a", {'encs', std::string("\0\0\0\0a", 5)}, "encs:a"},
+        Written{"utf8:", {'utf8', ""}, "utf8:"}, Written{"cstr#61", {'cstr', "a"}, "cstr#61"},
+        Written{"utf8#ff", {'utf8', "\xff"}, "utf8#ff"},
+        Written{"utf8#61c285", {'utf8', "a\u0085"}, "utf8#61c285"},
+        Written{"utf8#e280ae", {'utf8', "\u202e"}, "utf8#e280ae"},
+        Written{"utxt#000a", {'utxt', bytesOf(UInt16{'\n'})}, "utxt#000a"},
+        Written{"pstr#056162", {'pstr', "\5ab"}, "pstr#056162"}));
+
+INSTANTIATE_TEST_SUITE_P(
+    Codes, WrittenValue,
+    testing::Values(Written{"keyw:errn", {'keyw', bytesOf(OSType{'errn'})}, "keyw:errn"},
+                    Written{"prop:pnam", {'prop', bytesOf(OSType{'pnam'})}, "prop:pnam"},
+                    Written{"sign:Qrl1", {'sign', bytesOf(OSType{'Qrl1'})}, "sign:Qrl1"}));
+
+INSTANTIATE_TEST_SUITE_P(
     NoNumbers, WrittenValue,
     testing::Values(Written{"bool:true", {'bool', std::string(1, 1)}, "bool:true"},
                     Written{"bool:false", {'bool', std::string(1, 0)}, "bool:false"},
@@ -110,6 +165,17 @@ TEST(Parameters, HaveAKeyBeforeTheFirstEqualsSignThatEndsACode) {
   Parameter wanted{'a=b=', {'TEXT', "x=y"}};
   EXPECT_EQ(parseParameter("a=b==TEXT:x=y"), wanted);
   EXPECT_EQ(parseParameter("0x613d623d=TEXT:x=y"), wanted);
+}
+
+TEST(Parameters, StepIntoListsAndRecords) {
+  using To = qrl::Step::To;
+  const Parameter item{'list', {'TEXT', "x"}, {{To::kItem, 2}}};
+  EXPECT_EQ(parseParameter("list[2]=TEXT:x"), item);
+  const Parameter deep{
+      'reco', {'TEXT', "="}, {{To::kField, 'a.b['}, {To::kItem, 1}, {To::kField, 1}}};
+  EXPECT_EQ(parseParameter("reco.a.b[[1].0x00000001=TEXT:="), deep);
+  EXPECT_EQ(qrl::formatStep({To::kItem, 12}), "[12]");
+  EXPECT_EQ(qrl::formatStep({To::kField, 'name'}), ".name");
 }
 
 struct Complaint {
@@ -158,6 +224,12 @@ INSTANTIATE_TEST_SUITE_P(
                     Complaint{"abcd=TEXT:\xff", "the text has characters that MacRoman lacks"},
                     Complaint{"abcd=ABCD:0", "\"0\" is not bytes in hexadecimal"},
                     Complaint{"abcd=ABCD:zz", "\"zz\" is not bytes in hexadecimal"},
+                    Complaint{"abcd=long:1,,2", "\"\" is not a number of this type"},
+                    Complaint{"abcd=utf8:\xff", "the text cannot be had as utf8"},
+                    Complaint{"abcd=cstr:\u4e2d", "the text cannot be had as cstr"},
+                    Complaint{"abcd[0]=long:1", "\"abcd[0]\" is not a four-character code"},
+                    Complaint{"abcd.abc=long:1", "\"abcd.abc\" is not a four-character code"},
+                    Complaint{"abcd[x]=long:1", "\"abcd[x]\" is not a four-character code"},
                     Complaint{"abcd=psn:1:2:3", "\"2:3\" is not a number of this type"}));
 
 TEST(SerialNumbers, AreTwoWordsOrTheLowOne) {
@@ -180,6 +252,15 @@ TEST(Json, SaysTypeAndValue) {
   EXPECT_EQ(json("TEXT#6109"), R"({"type":"TEXT","value":"a\t"})");
   EXPECT_EQ(json("type:CmoN"), R"({"type":"type","value":"CmoN"})");
   EXPECT_EQ(json("psn:1:2"), R"({"type":"psn ","value":"1:2"})");
+}
+
+TEST(Json, GivesArraysAndEveryText) {
+  EXPECT_EQ(json("long:1,-2"), R"({"type":"long","value":[1,-2]})");
+  EXPECT_EQ(json("enum:abcd,efgh"), R"({"type":"enum","value":["abcd","efgh"]})");
+  EXPECT_EQ(json("utxt:\u2603"), "{\"type\":\"utxt\",\"value\":\"\u2603\"}");
+  EXPECT_EQ(json("utf8#610a"), R"({"type":"utf8","value":"a\n"})");
+  EXPECT_EQ(json("utf8#ff"), R"({"type":"utf8","hex":"ff"})");
+  EXPECT_EQ(json("ucom:18446744073709551615"), R"({"type":"ucom","value":18446744073709551615})");
 }
 
 TEST(Json, GivesMereBytesInHexadecimal) {

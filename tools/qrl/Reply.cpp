@@ -53,10 +53,14 @@ void addLines(const std::string& path, const AEDesc& desc, std::vector<std::stri
     return;
   }
   bool isList = desc.descriptorType == typeAEList;
+  bool isEmpty = true;
   forEachItem(desc, [&](AEKeyword keyword, const AEDesc& item, SInt32 index) {
-    std::string step = isList ? '[' + std::to_string(index) + ']' : '.' + formatCode(keyword);
-    addLines(path + step, item, lines);
+    Step step = isList ? Step{Step::To::kItem, static_cast<UInt32>(index)}
+                       : Step{Step::To::kField, keyword};
+    addLines(path + formatStep(step), item, lines);
+    isEmpty = false;
   });
+  if (isEmpty) lines.push_back(path + '=' + formatCode(desc.descriptorType) + ':');
 }
 
 Json jsonOfDesc(const AEDesc& desc) {

@@ -9,7 +9,7 @@
 #include <iostream>
 #include <nlohmann/json.hpp>
 
-#include "tools/qrl/Codes.h"
+#include "tools/qrl/Building.h"
 #include "tools/qrl/Commands.h"
 #include "tools/qrl/Errors.h"
 #include "tools/qrl/Output.h"
@@ -47,16 +47,7 @@ OSErr build(QRLAppleEventWrapper& event, QRLAppleEventDestinationAddress& addres
   event.transactionID = kAnyTransactionID;
   event.destination = &address;
   if (OSErr error = event.createEvent()) return error;
-  for (const Parameter& parameter : command.parameters) {
-    OSErr error = AEPutParamPtr(&event.event, parameter.key, parameter.value.type,
-                                parameter.value.bytes.data(),
-                                static_cast<Size>(parameter.value.bytes.size()));
-    if (error == memFullErr) return error;
-    if (error != noErr) {
-      throw UsageError("parameter " + formatCode(parameter.key) + ": " + describeError(error));
-    }
-  }
-  return noErr;
+  return putParameters(event.event, command.parameters);
 }
 
 void printReply(const QRLAppleEventWrapper& event, SInt32 result, bool json) {

@@ -3,6 +3,8 @@
 
 #include <CoreFoundation/CoreFoundation.h>
 
+#include <algorithm>
+
 namespace qrl {
 namespace {
 
@@ -29,6 +31,20 @@ std::optional<std::string> convert(std::string_view text, CFStringEncoding from,
 
 std::optional<std::string> macRomanFromUtf8(std::string_view text) {
   return convert(text, kCFStringEncodingUTF8, kCFStringEncodingMacRoman);
+}
+
+bool isOneLine(std::string_view text) {
+  using namespace std::literals;
+  if (std::ranges::any_of(text, [](unsigned char c) { return c < 0x20 || c == 0x7F; }))
+    return false;
+  for (std::size_t at = text.find('\xC2'); at != text.npos; at = text.find('\xC2', at + 1)) {
+    if (at + 1 < text.size() && static_cast<unsigned char>(text[at + 1]) < 0xA0) return false;
+  }
+  constexpr std::string_view kTurning[] = {"\u2028"sv, "\u2029"sv, "\u202A"sv, "\u202B"sv,
+                                           "\u202C"sv, "\u202D"sv, "\u202E"sv, "\u2066"sv,
+                                           "\u2067"sv, "\u2068"sv, "\u2069"sv};
+  return std::ranges::none_of(kTurning,
+                              [text](std::string_view c) { return text.find(c) != text.npos; });
 }
 
 std::string utf8FromMacRoman(std::string_view bytes) {

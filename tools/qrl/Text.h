@@ -15,6 +15,10 @@ std::optional<std::string> macRomanFromUtf8(std::string_view text);
 /// Every byte of MacRoman stands for a character.
 std::string utf8FromMacRoman(std::string_view bytes);
 
+/// Whether UTF-8 text can be printed: without control characters, line separators and those that
+/// turn the direction of what follows.
+bool isOneLine(std::string_view text);
+
 }  // namespace qrl
 
 #endif
