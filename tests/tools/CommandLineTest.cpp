@@ -76,6 +76,21 @@ TEST(CommandLine, WaitsForANameToComeOrToGo) {
   EXPECT_TRUE(parsed<qrl::WaitCommand>({"wait", "p", "--gone", "--timeout", "1"}).gone);
 }
 
+TEST(CommandLine, ReadsResources) {
+  using Form = qrl::ResourcesCommand::Form;
+  const auto list = parsed<qrl::ResourcesCommand>({"resources", "file"});
+  EXPECT_EQ(list.file, "file");
+  EXPECT_FALSE(list.type || list.id || list.json);
+  EXPECT_EQ(list.form, Form::kList);
+  const auto one = parsed<qrl::ResourcesCommand>(
+      {"resources", "--hex", "--json", "file", "TEXT", "--", "-32768"});
+  EXPECT_EQ(one.type, OSType{'TEXT'});
+  EXPECT_EQ(one.id, -32768);
+  EXPECT_EQ(one.form, Form::kHexadecimal);
+  EXPECT_TRUE(one.json);
+  EXPECT_EQ(parsed<qrl::ResourcesCommand>({"resources", "file", "--text"}).form, Form::kText);
+}
+
 TEST(CommandLine, TakesNamesOf127CharactersAndNoLonger) {
   std::string longest(127, 'n');
   EXPECT_EQ(parsed<qrl::QuitCommand>({"quit", longest}).port, longest);
@@ -121,6 +136,14 @@ INSTANTIATE_TEST_SUITE_P(
                     Arguments{"send", "p", "abcd", "efgh", "--param"},
                     Arguments{"send", "p", "abcd", "efgh", "--param", "abcd=long:x"},
                     Arguments{"send", "p", "abcd", "efgh", "--param", ""}));
+
+INSTANTIATE_TEST_SUITE_P(Resources, BadCommandLine,
+                         testing::Values(Arguments{"resources"},
+                                         Arguments{"resources", "f", "TEXTS"},
+                                         Arguments{"resources", "f", "TEXT", "x"},
+                                         Arguments{"resources", "f", "TEXT", "32768"},
+                                         Arguments{"resources", "f", "TEXT", "1", "more"},
+                                         Arguments{"resources", "f", "--hex", "--text"}));
 
 INSTANTIATE_TEST_SUITE_P(Timeouts, BadCommandLine,
                          testing::Values(Arguments{"quit", "p", "--timeout", "soon"},

@@ -42,6 +42,10 @@ struct Words {
   bool json = false;
   bool noReply = false;
   bool gone = false;
+  std::optional<std::string> type;
+  std::optional<std::string> id;
+  bool hexadecimal = false;
+  bool text = false;
 };
 
 void describePorts(CLI::App& app, Words& words) { app.add_flag("--json", words.json); }
@@ -64,6 +68,15 @@ void describeWait(CLI::App& app, Words& words) {
   app.add_option("NAME", words.name)->required();
   app.add_flag("--gone", words.gone);
   app.add_option("--timeout", words.timeout)->required();
+}
+
+void describeResources(CLI::App& app, Words& words) {
+  app.add_option("FILE", words.name)->required();
+  app.add_option("TYPE", words.type);
+  app.add_option("ID", words.id);
+  auto* hexadecimal = app.add_flag("--hex", words.hexadecimal);
+  app.add_flag("--text", words.text)->excludes(hexadecimal);
+  app.add_flag("--json", words.json);
 }
 
 SendCommand readSend(const Words& words) {
@@ -99,6 +112,27 @@ WaitCommand readWait(const Words& words) {
   return {parseName(words.name), words.gone, parseSeconds(*words.timeout)};
 }
 
+SInt16 parseResourceID(const std::string& text) {
+  SInt16 id = 0;
+  auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), id);
+  if (error != std::errc() || end != text.data() + text.size()) {
+    throw UsageError('"' + text + "\" is not a number between -32768 and 32767");
+  }
+  return id;
+}
+
+ResourcesCommand readResources(const Words& words) {
+  using Form = ResourcesCommand::Form;
+  ResourcesCommand command;
+  command.file = words.name;
+  if (words.type) command.type = parseCode(*words.type);
+  if (words.id) command.id = parseResourceID(*words.id);
+  if (words.text) command.form = Form::kText;
+  if (words.hexadecimal) command.form = Form::kHexadecimal;
+  command.json = words.json;
+  return command;
+}
+
 }  // namespace
 
 Command parseCommandLine(const std::vector<std::string>& arguments) {
@@ -110,10 +144,12 @@ Command parseCommandLine(const std::vector<std::string>& arguments) {
   CLI::App& send = *app.add_subcommand("send");
   CLI::App& quit = *app.add_subcommand("quit");
   CLI::App& wait = *app.add_subcommand("wait");
+  CLI::App& resources = *app.add_subcommand("resources");
   describePorts(ports, words);
   describeSend(send, words);
   describeQuit(quit, words);
   describeWait(wait, words);
+  describeResources(resources, words);
   try {
     app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
   } catch (const CLI::CallForVersion& version) {
@@ -126,6 +162,7 @@ Command parseCommandLine(const std::vector<std::string>& arguments) {
   if (send) return readSend(words);
   if (quit) return readQuit(words);
   if (wait) return readWait(words);
+  if (resources) return readResources(words);
   return PortsCommand{words.json};
 }
 

@@ -49,13 +49,24 @@ struct WaitCommand {
   Seconds timeout{0};
 };
 
-using Command = std::variant<HelpCommand, PortsCommand, SendCommand, QuitCommand, WaitCommand>;
+struct ResourcesCommand {
+  enum class Form { kList, kText, kHexadecimal };
+  std::string file;
+  std::optional<OSType> type;
+  std::optional<SInt16> id;  // with a type only
+  Form form = Form::kList;
+  bool json = false;
+};
+
+using Command = std::variant<HelpCommand, PortsCommand, SendCommand, QuitCommand, WaitCommand,
+                             ResourcesCommand>;
 
 ExitStatus run(const HelpCommand& command);
 ExitStatus run(const PortsCommand& command);
 ExitStatus run(const SendCommand& command);
 ExitStatus run(const QuitCommand& command);
 ExitStatus run(const WaitCommand& command);
+ExitStatus run(const ResourcesCommand& command);
 
 /// Reads the arguments behind the program's name. Throws UsageError.
 Command parseCommandLine(const std::vector<std::string>& arguments);

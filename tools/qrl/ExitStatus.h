@@ -11,7 +11,9 @@ enum ExitStatus : int {
   kDone = 0,
   kServerError = 1,  // the server answered with an error
   kUsage = 2,        // the command line makes no sense
-  kNoSuchName = 69,  // nobody alive holds the name or serial number
+  kBadData = 65,     // a file is not what it should be
+  kNoInput = 66,     // a file is missing or may not be read
+  kNoSuchName = 69,  // nobody alive holds the name or serial number; no such resource
   kHostFailed = 70,  // the host refused or failed; a line on stderr says how
   kServerGone = 76,  // the server went away before it answered
   kTimedOut = 124,

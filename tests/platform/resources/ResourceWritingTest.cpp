@@ -175,6 +175,33 @@ TEST_F(WritingBack, RefusesMoreThanTheFormatHasRoomFor) {
   EXPECT_EQ(bytesIn("file"), before);
 }
 
+TEST_F(WritingBack, GivesTheSameBytesOnEveryMachine) {
+  using namespace std::string_view_literals;
+  change('TEXT', 1, "new");
+  AddResource(blockOf("\x01\x02"), 'DATA', -2, nullptr);
+  SetResAttrs(Get1Resource('DATA', -2), resPurgeable);
+  CloseResFile(file);
+  ASSERT_EQ(ResError(), noErr);
+  const auto header = "\x00\x00\x01\x00\x00\x00\x01\x0D\x00\x00\x00\x0D\x00\x00\x00\x4C"sv;
+  ByteVector expected = bytesOf(header);
+  expected.resize(256);
+  const auto append = [&expected](std::string_view text) {
+    const ByteVector bytes = bytesOf(text);
+    expected.insert(expected.end(), bytes.begin(), bytes.end());
+  };
+  append("\x00\x00\x00\x03new\x00\x00\x00\x02\x01\x02"sv);
+  append(header);
+  append("\x00\x00\x00\x00\x00\x00\x00\x00\x00\x1C\x00\x46"sv);
+  append("\x00\x01TEXT\x00\x00\x00\x12"sv);
+  append("DATA\x00\x00\x00\x1E"sv);
+  append("\x00\x01\x00\x00\x00\x00\x00\x00\x00\x00\x00\x00"sv);
+  append("\xFF\xFE\xFF\xFF\x20\x00\x00\x07\x00\x00\x00\x00"sv);
+  append(
+      "\x05"
+      "First"sv);
+  EXPECT_EQ(bytesIn("file"), expected);
+}
+
 TEST_F(WritingBack, SurvivesEachAllocationFailing) {
   UInt32 failures = failEachAllocation(
       [&] {
