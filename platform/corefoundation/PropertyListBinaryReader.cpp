@@ -17,7 +17,6 @@ namespace platform::corefoundation {
 
 namespace {
 
-constexpr std::string_view kHeader = "bplist00";
 constexpr std::size_t kTrailerSize = 32;
 constexpr UInt32 kSpareObjects = 1024;
 
@@ -121,8 +120,9 @@ class BinaryReader final {
 };
 
 bool BinaryReader::readTrailer() {
-  if (file.size() < kHeader.size() + kTrailerSize + 2) return fail("the file is too short", 0);
-  if (!std::ranges::equal(file.first(kHeader.size()), kHeader)) {
+  if (file.size() < kBinaryHeader.size() + kTrailerSize + 2)
+    return fail("the file is too short", 0);
+  if (!std::ranges::equal(file.first(kBinaryHeader.size()), kBinaryHeader)) {
     return fail("the version is not known", 0);
   }
   const std::size_t start = file.size() - kTrailerSize;
@@ -135,7 +135,7 @@ bool BinaryReader::readTrailer() {
   if (offsetSize < 1 || offsetSize > 8 || referenceSize < 1 || referenceSize > 8) {
     return fail("numbers have no possible width", start + 6);
   }
-  if (table <= kHeader.size() || table >= start) return fail("there is no table", start + 24);
+  if (table <= kBinaryHeader.size() || table >= start) return fail("there is no table", start + 24);
   end = static_cast<std::size_t>(table);
   if (objects == 0 || objects > (start - end) / offsetSize) {
     return fail("the table does not hold that many objects", start + 8);
@@ -157,7 +157,8 @@ bool BinaryReader::count(UInt32 objects, std::size_t where) {
 bool BinaryReader::readItem(std::size_t number, Item& item) {
   const std::size_t entry = end + number * offsetSize;
   const UInt64 offset = bigEndian(file.subspan(entry, offsetSize));
-  if (offset < kHeader.size() || offset >= end) return fail("the offset leads nowhere", entry);
+  if (offset < kBinaryHeader.size() || offset >= end)
+    return fail("the offset leads nowhere", entry);
   item.offset = static_cast<std::size_t>(offset);
   item.kind = static_cast<UInt8>(file[item.offset] >> 4);
   item.low = file[item.offset] & 0x0F;

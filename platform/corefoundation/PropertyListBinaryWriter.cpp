@@ -18,8 +18,6 @@ namespace platform::corefoundation {
 
 namespace {
 
-constexpr std::string_view kHeader = "bplist00";
-
 // Leaves are told apart by more than their values: 1, 1.0 and 1.0 in 32 bits are three objects, and
 // so are the two zeros.
 struct Leaf {
@@ -243,7 +241,7 @@ const char* BinaryWriter::write(CFTypeRef top) {
   UInt32 first = 0;
   if (const char* reason = number(top, 0, first)) return reason;
   referenceSize = widthFor(nodes.size());
-  to = kHeader;
+  to = kBinaryHeader;
   std::vector<std::size_t> offsets;
   offsets.reserve(nodes.size());
   for (const Node& node : nodes) {

@@ -8,6 +8,8 @@
 #include <CoreFoundation/CFNumber.h>
 #include <CoreFoundation/CFPropertyList.h>
 
+#include <string_view>
+
 #include "platform/corefoundation/CFRuntime.h"
 #include "platform/corefoundation/StringEncodings.h"
 
@@ -15,6 +17,8 @@ namespace platform::corefoundation {
 
 /// How deeply containers may be nested, whether read or written.
 constexpr int kMaximumDepth = 512;
+/// What a file of the binary form begins with.
+constexpr std::string_view kBinaryHeader = "bplist00";
 
 class PropertyListBuilder final {
  public:

@@ -10,10 +10,6 @@ using namespace tests;
 
 namespace {
 
-Held<CFURLRef> urlOf(const char* text) {
-  return Held<CFURLRef>(CFURLCreateWithString(nullptr, stringOf(text).get(), nullptr));
-}
-
 std::string taken(CFURLRef url) { return textOf(CFURLGetString(Held<CFURLRef>(url).get())); }
 
 std::string appended(const char* text, const char* name, Boolean isDirectory) {

@@ -11,10 +11,6 @@ using namespace tests;
 
 namespace {
 
-Held<CFURLRef> urlOf(const char* text, CFURLRef base = nullptr) {
-  return Held<CFURLRef>(CFURLCreateWithString(nullptr, stringOf(text).get(), base));
-}
-
 std::string takenText(CFStringRef string) { return textOf(Held<CFStringRef>(string).get()); }
 std::string textOf(const Held<CFURLRef>& url) { return tests::textOf(CFURLGetString(url.get())); }
 std::string absolute(CFURLRef url) { return textOf(Held<CFURLRef>(CFURLCopyAbsoluteURL(url))); }

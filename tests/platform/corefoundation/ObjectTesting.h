@@ -5,6 +5,7 @@
 
 #include <CoreFoundation/CFNumber.h>
 #include <CoreFoundation/CFString.h>
+#include <CoreFoundation/CFURL.h>
 
 #include <string>
 #include <vector>
@@ -40,6 +41,10 @@ inline Held<CFStringRef> stringOf(const std::vector<UniChar>& units) {
 
 inline Held<CFNumberRef> numberOf(SInt32 value) {
   return Held<CFNumberRef>(CFNumberCreate(nullptr, kCFNumberSInt32Type, &value));
+}
+
+inline Held<CFURLRef> urlOf(const char* text, CFURLRef base = nullptr) {
+  return Held<CFURLRef>(CFURLCreateWithString(nullptr, stringOf(text).get(), base));
 }
 
 inline std::string describe(CFTypeRef object) {
