@@ -183,9 +183,9 @@ class Stage final {
 };
 
 // A thread's first wait makes what it waits with.
-int lowestFreeDescriptorAfterAWait() {
-  { const Stage stage(true); }
-  return lowestFreeDescriptor();
+bool waitOnce() {
+  const Stage stage(true);
+  return true;
 }
 
 }  // namespace
@@ -193,7 +193,9 @@ int lowestFreeDescriptorAfterAWait() {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   Bytes input = std::as_bytes(std::span(data, size));
   if (input.empty()) return 0;
-  static const int free = lowestFreeDescriptorAfterAWait();
+  static const bool hasWaited = waitOnce();
+  require(hasWaited);
+  const int free = lowestFreeDescriptor();
   {
     Stage stage((std::to_integer<unsigned>(input[0]) & 1) != 0);
     input = input.subspan(1);
