@@ -15,16 +15,6 @@ constexpr std::size_t kParameterCountAt = 3 * kWord;
 
 }  // namespace
 
-std::optional<Item> itemAt(Bytes block, const Region& region, std::size_t offset, UInt32 index) {
-  if (index > region.count || region.end - offset < kItemHeader) return std::nullopt;
-  const std::byte* header = block.data() + offset;
-  const std::size_t room = region.end - offset - kItemHeader;
-  const std::size_t length = loadWord(header + 2 * kWord);
-  if (length > room || Item::paddedSize(length) > room) return std::nullopt;
-  return Item{loadWord(header), loadWord(header + kWord),
-              block.subspan(offset + kItemHeader, length), offset, index};
-}
-
 std::optional<Region> findRegion(DescType type, Bytes block, Part part) {
   if (type != typeAppleEvent) {
     if (!hasItems(type) || block.size() < kListHeader) return std::nullopt;
@@ -40,18 +30,14 @@ std::optional<Region> findRegion(DescType type, Bytes block, Part part) {
   return Region{middle, block.size(), loadWord(block.data() + kParameterCountAt)};
 }
 
-std::optional<Item> firstItem(Bytes block, const Region& region) {
-  return itemAt(block, region, region.begin, 1);
-}
-
-std::optional<Item> nextItem(Bytes block, const Region& region, const Item& item) {
-  return itemAt(block, region, item.end(), item.index + 1);
-}
-
 std::optional<Item> findItem(Bytes block, const Region& region, AEKeyword keyword) {
-  std::optional<Item> item = firstItem(block, region);
-  while (item && item->keyword != keyword) item = nextItem(block, region, *item);
-  return item;
+  std::size_t offset = region.begin;
+  for (UInt32 index = 1; index <= region.count; ++index) {
+    const std::optional<Item> item = itemAt(block, region, offset, index);
+    if (!item || item->keyword == keyword) return item;
+    offset = item->end();
+  }
+  return std::nullopt;
 }
 
 Items::Items(Storage& storage, DescType ofType, Part ofPart, const Region& found)

@@ -13,6 +13,7 @@
 
 #include <optional>
 
+#include "platform/appleevents/ByteOrder.h"
 #include "platform/appleevents/Storage.h"
 
 namespace platform::appleevents {
@@ -96,6 +97,27 @@ std::unique_ptr<Storage> makeEmpty();
 
 /// Makes a descriptor of an item.
 OSErr makeDesc(const Item& item, AEDesc* result);
+
+// Every look at an event walks through its items, so the step from one to the next is inline.
+
+inline std::optional<Item> itemAt(Bytes block, const Region& region, std::size_t offset,
+                                  UInt32 index) {
+  if (index > region.count || region.end - offset < kItemHeader) return std::nullopt;
+  const std::byte* header = block.data() + offset;
+  const std::size_t room = region.end - offset - kItemHeader;
+  const std::size_t length = loadWord(header + 2 * kWord);
+  if (length > room || Item::paddedSize(length) > room) return std::nullopt;
+  return Item{loadWord(header), loadWord(header + kWord),
+              block.subspan(offset + kItemHeader, length), offset, index};
+}
+
+inline std::optional<Item> firstItem(Bytes block, const Region& region) {
+  return itemAt(block, region, region.begin, 1);
+}
+
+inline std::optional<Item> nextItem(Bytes block, const Region& region, const Item& item) {
+  return itemAt(block, region, item.end(), item.index + 1);
+}
 
 }  // namespace platform::appleevents
 

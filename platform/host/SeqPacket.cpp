@@ -1,16 +1,20 @@
 // Licence: MIT, see LICENSE.
 #include "platform/host/SeqPacket.h"
 
+#include <fcntl.h>
 #include <linux/sockios.h>
 #include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <sys/uio.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
+#include <bit>
 #include <cerrno>
 #include <cstring>
 
+#include "platform/host/Poll.h"
 #include "platform/host/Retry.h"
 
 namespace platform::host {
@@ -22,6 +26,7 @@ namespace {
 constexpr std::size_t kMostPassed = 253;
 // What the kernel takes of the send buffer's size for itself.
 constexpr std::size_t kPacketOverhead = 64;
+constexpr std::size_t kSmallPacket = 2048;
 
 struct alignas(cmsghdr) ReceivedControl {
   std::array<std::byte, CMSG_SPACE(kMostPassed * sizeof(int))> bytes;
@@ -39,6 +44,82 @@ void takeDescriptors(const cmsghdr* control, ReceivedPacket& packet) {
       packet.passed = std::move(received);
     }
   }
+}
+
+constexpr int kSendFlags = MSG_DONTWAIT | MSG_NOSIGNAL;
+
+/// One block of bytes costs the kernel less than a list of parts: for a small packet more than the
+/// copying.
+Status sendSmall(const Descriptor& connection, std::span<const std::byte> head,
+                 std::span<const std::byte> body) {
+  std::array<std::byte, kSmallPacket> packet;
+  std::ranges::copy(body, std::ranges::copy(head, packet.begin()).out);
+  const std::size_t size = head.size() + body.size();
+  const auto send = [&] { return ::send(connection.number(), packet.data(), size, kSendFlags); };
+  if (retry(send) == -1) return lastError();
+  return success();
+}
+
+Result<ReceivedPacket> packetOf(msghdr& message, ssize_t size) {
+  ReceivedPacket packet;
+  packet.size = static_cast<std::size_t>(size);
+  for (cmsghdr* header = CMSG_FIRSTHDR(&message); header != nullptr;
+       header = CMSG_NXTHDR(&message, header)) {
+    if (header->cmsg_level == SOL_SOCKET && header->cmsg_type == SCM_RIGHTS) {
+      takeDescriptors(header, packet);
+    }
+  }
+  if (size == 0) return Error::kDisconnected;
+  if ((message.msg_flags & MSG_TRUNC) != 0) return Error::kTooLarge;
+  return packet;
+}
+
+/// A signal ends a call that waits, as it ends any wait.
+Result<ReceivedPacket> receive(const Descriptor& connection, std::span<std::byte> buffer,
+                               int flags) {
+  iovec part{buffer.data(), buffer.size()};
+  ReceivedControl control;
+  msghdr message{};
+  message.msg_iov = &part;
+  message.msg_iovlen = 1;
+  const auto take = [&] {
+    message.msg_control = control.bytes.data();
+    message.msg_controllen = control.bytes.size();
+    return recvmsg(connection.number(), &message, flags | MSG_CMSG_CLOEXEC);
+  };
+  const bool waits = (flags & MSG_DONTWAIT) == 0;
+  ssize_t size = waits ? take() : retry(take);
+  // A peer that closed with our packets unread leaves this error in front of what it had sent us;
+  // it is reported once, and then the packets come.
+  if (size == -1 && errno == ECONNRESET) size = waits ? take() : retry(take);
+  if (size == -1) return waits && errno == EINTR ? Error::kWouldBlock : lastError();
+  return packetOf(message, size);
+}
+
+/// Has the host limit the waits on a connection, roughly, so that it need not be told again for the
+/// next request: to half of the time that is left at least, and to less than all of it. False if
+/// that is too little or the host refuses.
+bool letWait(const Descriptor& connection, Deadline deadline, ReceivePatience& patience) {
+  constexpr Nanoseconds kSecond = 1'000'000'000;
+  constexpr Nanoseconds kLongest = 1 << 20;
+  int seconds = ReceivePatience::kForEver;
+  if (!deadline.isNever()) {
+    const Nanoseconds whole = std::min(deadline.remaining() / kSecond, kLongest);
+    if (whole < 2) return false;
+    seconds = static_cast<int>(std::bit_floor(static_cast<unsigned>(whole - 1)));
+  }
+  if (seconds == patience.seconds) return true;
+  const timeval limit{seconds, 0};
+  // The connection was made not to wait at all, which all other calls ask for themselves.
+  if (patience.seconds == ReceivePatience::kUntold &&
+      fcntl(connection.number(), F_SETFL, 0) == -1) {
+    return false;
+  }
+  if (setsockopt(connection.number(), SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit) == -1) {
+    return false;
+  }
+  patience.seconds = seconds;
+  return true;
 }
 
 }  // namespace
@@ -79,6 +160,9 @@ std::size_t untakenBytes(const Descriptor& connection) {
 
 Status sendPacket(const Descriptor& connection, std::span<const std::byte> head,
                   std::span<const std::byte> body, const Descriptor* passed) {
+  if (passed == nullptr && head.size() + body.size() <= kSmallPacket) {
+    return sendSmall(connection, head, body);
+  }
   // The kernel only reads through these pointers; its structure is shared with receiving.
   std::array<iovec, 2> parts{{{const_cast<std::byte*>(head.data()), head.size()},
                               {const_cast<std::byte*>(body.data()), body.size()}}};
@@ -96,41 +180,22 @@ Status sendPacket(const Descriptor& connection, std::span<const std::byte> head,
     const int number = passed->number();
     std::memcpy(CMSG_DATA(header), &number, sizeof number);
   }
-  constexpr int kFlags = MSG_DONTWAIT | MSG_NOSIGNAL;
-  if (retry([&] { return sendmsg(connection.number(), &message, kFlags); }) == -1) {
+  if (retry([&] { return sendmsg(connection.number(), &message, kSendFlags); }) == -1) {
     return lastError();
   }
   return success();
 }
 
 Result<ReceivedPacket> receivePacket(const Descriptor& connection, std::span<std::byte> buffer) {
-  iovec part{buffer.data(), buffer.size()};
-  ReceivedControl control;
-  msghdr message{};
-  message.msg_iov = &part;
-  message.msg_iovlen = 1;
-  const auto take = [&] {
-    message.msg_control = control.bytes.data();
-    message.msg_controllen = control.bytes.size();
-    return recvmsg(connection.number(), &message, MSG_DONTWAIT | MSG_CMSG_CLOEXEC);
-  };
-  ssize_t size = retry(take);
-  // A peer that closed with our packets unread leaves this error in front of what it had sent us;
-  // it is reported once, and then the packets come.
-  if (size == -1 && errno == ECONNRESET) size = retry(take);
-  if (size == -1) return lastError();
+  return receive(connection, buffer, MSG_DONTWAIT);
+}
 
-  ReceivedPacket packet;
-  packet.size = static_cast<std::size_t>(size);
-  for (cmsghdr* header = CMSG_FIRSTHDR(&message); header != nullptr;
-       header = CMSG_NXTHDR(&message, header)) {
-    if (header->cmsg_level == SOL_SOCKET && header->cmsg_type == SCM_RIGHTS) {
-      takeDescriptors(header, packet);
-    }
-  }
-  if (size == 0) return Error::kDisconnected;
-  if ((message.msg_flags & MSG_TRUNC) != 0) return Error::kTooLarge;
-  return packet;
+Result<ReceivedPacket> awaitPacket(const Descriptor& connection, std::span<std::byte> buffer,
+                                   Deadline deadline, ReceivePatience& patience) {
+  if (letWait(connection, deadline, patience)) return receive(connection, buffer, 0);
+  Interest input{&connection};
+  if (!waitForAny({&input, 1}, deadline)) return Error::kWouldBlock;
+  return receivePacket(connection, buffer);
 }
 
 void shutDown(const Descriptor& socket) { shutdown(socket.number(), SHUT_RDWR); }

@@ -8,6 +8,7 @@
 #include <span>
 #include <string>
 
+#include "platform/host/Clock.h"
 #include "platform/host/Descriptor.h"
 #include "platform/host/Result.h"
 
@@ -49,6 +50,18 @@ struct ReceivedPacket {
 /// kDisconnected when the other end has closed and everything was read; an empty packet counts as
 /// that.
 Result<ReceivedPacket> receivePacket(const Descriptor& connection, std::span<std::byte> buffer);
+
+/// How long the host lets a call wait on a connection, as it was last told.
+struct ReceivePatience {
+  enum : int { kUntold = -1, kForEver = 0 };
+  int seconds = kUntold;
+};
+
+/// As receivePacket, but waits for a packet: kWouldBlock when none has come, which may be before
+/// the deadline. Nothing but the connection ends the wait, so it is for a thread that nobody wakes;
+/// it spares that one the asking whether there is something to read.
+Result<ReceivedPacket> awaitPacket(const Descriptor& connection, std::span<std::byte> buffer,
+                                   Deadline deadline, ReceivePatience& patience);
 
 /// Ends a connection or a listening socket for both sides, waking whoever waits on it. The
 /// descriptor stays open, so that its number is not reused under another thread's feet.

@@ -125,6 +125,23 @@ void hangUpNow(const std::shared_ptr<Connection>& connection) {
   hangUp(connection);
 }
 
+/// Reads until a message is complete, and delivers it. False once there is nothing to read now.
+template <typename Receive>
+bool takeMessage(const std::shared_ptr<Connection>& connection, Receive receive) {
+  for (int i = 0; i < kPacketsInARow; ++i) {
+    const host::Result<host::ReceivedPacket> packet = receive();
+    if (!packet && packet.error() == host::Error::kWouldBlock) return false;
+    const Progress progress = packet ? take(connection, *packet) : Progress::kEnd;
+    if (progress == Progress::kMessage) return true;
+    if (progress == Progress::kEnd) {
+      connection->assembler = Assembler();
+      hangUpNow(connection);
+      return false;
+    }
+  }
+  return true;
+}
+
 bool mayConnect(const Listener& listener, const host::Peer& peer) {
   if (listener.directory->audience() == host::NameDirectory::Audience::kEveryone) return true;
   return peer.user == host::effectiveUser() || peer.user == 0;
@@ -174,18 +191,15 @@ Connection::Connection(host::Descriptor descriptor)
 
 bool serve(const std::shared_ptr<Connection>& connection, const Socket& socket) {
   const std::lock_guard reading(connection->reading);
-  for (int i = 0; i < kPacketsInARow; ++i) {
-    const host::Result<host::ReceivedPacket> packet = host::receivePacket(*socket, packetBuffer());
-    if (!packet && packet.error() == host::Error::kWouldBlock) return false;
-    const Progress progress = packet ? take(connection, *packet) : Progress::kEnd;
-    if (progress == Progress::kMessage) return true;
-    if (progress == Progress::kEnd) {
-      connection->assembler = Assembler();
-      hangUpNow(connection);
-      return false;
-    }
-  }
-  return true;
+  return takeMessage(connection, [&] { return host::receivePacket(*socket, packetBuffer()); });
+}
+
+void serveAlone(const std::shared_ptr<Connection>& connection, const Socket& socket,
+                Deadline deadline) {
+  const std::lock_guard reading(connection->reading);
+  takeMessage(connection, [&] {
+    return host::awaitPacket(*socket, packetBuffer(), deadline, connection->patience);
+  });
 }
 
 void hangUp(std::shared_ptr<Connection> connection) {

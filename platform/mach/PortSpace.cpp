@@ -7,6 +7,7 @@
 #include <limits>
 
 #include "platform/host/Poll.h"
+#include "platform/host/ThreadIdentity.h"
 #include "platform/mach/Guard.h"
 #include "platform/mach/Space.h"
 #include "platform/mach/Wait.h"
@@ -157,6 +158,11 @@ void sleepAlone(Lock& lock, Port& port, Waiter& waiter, Deadline deadline) {
   const std::shared_ptr<Connection> led = waiter.led;
   const Socket socket = led ? led->socket : nullptr;
   const bool isBehind = led && !led->backlog.empty();
+  if (socket && !isBehind && host::isOnlyThread()) {
+    lock.unlock();
+    serveAlone(led, socket, deadline);
+    return lock.lock();
+  }
   port.waiters.push_back(&waiter);
   waiter.asleep = true;
   lock.unlock();

@@ -118,7 +118,8 @@ struct Connection final : Source {
   // Reading, one thread at a time.
   Waiter* leader = nullptr;
   std::mutex reading;
-  Assembler assembler;                     // guarded by `reading`
+  Assembler assembler;             // guarded by `reading`
+  host::ReceivePatience patience;  // likewise
   std::atomic<std::size_t> unfinished{0};  // what the assembler holds of a message
 };
 
@@ -221,6 +222,10 @@ void drainBacklogs(Lock& lock, const std::vector<std::shared_ptr<Connection>>& c
 /// Reads and delivers at most one message. To be called without the lock. False once there is
 /// nothing to read now.
 bool serve(const std::shared_ptr<Connection>& connection, const Socket& socket);
+/// The same, but waits for something to read until about the deadline, or a while. Nobody can end
+/// the wait, so it is for the only thread of a process.
+void serveAlone(const std::shared_ptr<Connection>& connection, const Socket& socket,
+                Deadline deadline);
 /// Ends a connection: whoever awaits an answer over it is told.
 void hangUp(std::shared_ptr<Connection> connection);
 /// Ends a connection of ours that nobody holds a right to or awaits an answer from.

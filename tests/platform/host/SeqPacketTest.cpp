@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <thread>
 #include <vector>
 
 #include "platform/host/Poll.h"
@@ -132,6 +133,59 @@ TEST_F(Packets, HaveNoPeerWithoutAConnection) {
   EXPECT_FALSE(peerOf(none));
   EXPECT_EQ(Error::kInvalid, receivePacket(none, buffer).error());
   EXPECT_EQ(Error::kInvalid, acceptConnection(none).error());
+}
+
+TEST_F(Packets, AreWholeOnEitherSideOfWhatCountsAsSmall) {
+  buffer.resize(8192);
+  for (const std::size_t size : {2043u, 2044u, 2045u, 4096u}) {
+    const std::vector<std::byte> body(size, std::byte{7});
+    ASSERT_TRUE(sendPacket(pair.first, text("head"), body, nullptr));
+    const auto packet = receivePacket(pair.second, buffer);
+    ASSERT_TRUE(packet);
+    EXPECT_EQ(size + 4, packet->size);
+    EXPECT_EQ(body, std::vector<std::byte>(buffer.begin() + 4, buffer.begin() + 4 + size));
+  }
+}
+
+constexpr Nanoseconds kSecond = 1'000'000'000;
+
+TEST_F(Packets, AreAwaitedUntilTheyCome) {
+  std::thread sender([&] { sendPacket(pair.first, text("late"), {}, nullptr); });
+  ReceivePatience patience;
+  const auto packet = awaitPacket(pair.second, buffer, Deadline::after(60 * kSecond), patience);
+  sender.join();
+  ASSERT_TRUE(packet);
+  EXPECT_EQ(text("late"), taken(packet->size));
+}
+
+TEST_F(Packets, AreAwaitedNoLongerThanTheDeadline) {
+  ReceivePatience patience;
+  const Nanoseconds begun = monotonicNow();
+  const auto packet = awaitPacket(pair.second, buffer, Deadline::after(kSecond / 50), patience);
+  EXPECT_EQ(Error::kWouldBlock, packet.error());
+  EXPECT_GE(monotonicNow() - begun, kSecond / 50);
+  EXPECT_EQ(ReceivePatience::kUntold, patience.seconds);
+}
+
+TEST_F(Packets, AreAwaitedUntilTheOtherEndCloses) {
+  std::thread other([&] { pair.first = Descriptor(); });
+  ReceivePatience patience;
+  const auto packet = awaitPacket(pair.second, buffer, Deadline::never(), patience);
+  other.join();
+  EXPECT_EQ(Error::kDisconnected, packet.error());
+}
+
+TEST_F(Packets, AreAwaitedWithFewChangesOfTheHostsLimit) {
+  ReceivePatience patience;
+  const auto limitAfter = [&](Deadline deadline) {
+    EXPECT_TRUE(sendPacket(pair.first, text("x"), {}, nullptr));
+    EXPECT_TRUE(awaitPacket(pair.second, buffer, deadline, patience));
+    return patience.seconds;
+  };
+  EXPECT_EQ(32, limitAfter(Deadline::after(60 * kSecond)));
+  EXPECT_EQ(32, limitAfter(Deadline::after(50 * kSecond)));
+  EXPECT_EQ(1, limitAfter(Deadline::after(3 * kSecond - 1)));
+  EXPECT_EQ(ReceivePatience::kForEver, limitAfter(Deadline::never()));
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 
 namespace {
 
+using platform::host::isOnlyThread;
 using platform::host::onFirstThread;
 
 TEST(ThreadIdentity, MainRunsOnTheFirstThread) { EXPECT_TRUE(onFirstThread()); }
@@ -15,6 +16,12 @@ TEST(ThreadIdentity, AStartedThreadIsNotTheFirst) {
   bool isFirst = true;
   std::thread([&] { isFirst = onFirstThread(); }).join();
   EXPECT_FALSE(isFirst);
+}
+
+TEST(ThreadIdentity, AThreadBesideMainIsNotTheOnlyOne) {
+  bool isOnly = true;
+  std::thread([&] { isOnly = isOnlyThread(); }).join();
+  EXPECT_FALSE(isOnly);
 }
 
 }  // namespace

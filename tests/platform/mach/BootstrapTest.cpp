@@ -40,6 +40,16 @@ TEST_F(Bootstrap, GivesTheSameLivePortTheSameName) {
   EXPECT_EQ(first, lookUp("theirs"));
 }
 
+TEST_F(Bootstrap, MakesNoConnectionWhileOneToThatPortIsOpen) {
+  const auto server = startServer("theirs");
+  const mach_port_name_t first = lookUp("theirs");
+  const std::size_t connected = openDescriptors();
+  for (int i = 0; i < 3; ++i) EXPECT_EQ(first, lookUp("theirs"));
+  EXPECT_EQ(connected, openDescriptors());
+  for (int i = 0; i < 4; ++i) mach_port_deallocate(mach_task_self(), first);
+  EXPECT_EQ(connected - 1, openDescriptors());
+}
+
 TEST_F(Bootstrap, TakesNamesOfEveryLengthThatIsAllowed) {
   const OwnPort port;
   const std::string longest(127, 'n');

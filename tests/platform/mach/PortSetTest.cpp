@@ -107,6 +107,29 @@ TEST_F(PortSets, ReportsAWakeBeforeAMessage) {
   EXPECT_EQ(1, next());
 }
 
+TEST_F(PortSets, GlancesAtWhatHasBeenTakenIn) {
+  const OwnPort port;
+  ASSERT_EQ(KERN_SUCCESS, set.insert(port));
+  EXPECT_EQ(Outcome::kTimedOut, set.glance(ready));
+  EXPECT_EQ(7u, ready);
+  ASSERT_EQ(KERN_SUCCESS, send(port, MACH_PORT_NULL, 1, {}, soon()));
+  set.wake();
+  EXPECT_EQ(Outcome::kWoken, set.glance(ready));
+  EXPECT_EQ(Outcome::kMessage, set.glance(ready));
+  EXPECT_EQ(port, ready);
+}
+
+TEST_F(PortSets, GlanceAtOtherProcessesNowAndThen) {
+  const OwnPort port;
+  ASSERT_EQ(KERN_SUCCESS, set.insert(port));
+  ASSERT_EQ(KERN_SUCCESS, registerName("mine", port));
+  const auto sender = startPeer({"tell", "mine", "77"});
+  const Deadline end = soon();
+  Outcome outcome = Outcome::kTimedOut;
+  while (outcome == Outcome::kTimedOut && end.remaining() > 0) outcome = set.glance(ready);
+  EXPECT_EQ(Outcome::kMessage, outcome);
+}
+
 TEST_F(PortSets, IsWokenByAnotherThread) {
   for (int round = 0; round < 100; ++round) {
     std::thread waker([&] { set.wake(); });

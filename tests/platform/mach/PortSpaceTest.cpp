@@ -10,6 +10,7 @@ namespace {
 
 using platform::mach::abandonReplies;
 using platform::mach::cancelDeathNotice;
+using platform::mach::isReceiveRight;
 using platform::mach::noticeDeath;
 using platform::mach::ownerOf;
 using platform::mach::receive;
@@ -63,6 +64,14 @@ TEST_F(PortSpace, ReceivesOnlyFromReceiveRights) {
   Message message;
   EXPECT_EQ(MACH_RCV_INVALID_NAME, receive(lookUp("a"), message, soon()));
   EXPECT_EQ(MACH_RCV_INVALID_NAME, receive(kNobodys, message, soon()));
+}
+
+TEST_F(PortSpace, TellsReceiveRightsFromOthers) {
+  const OwnPort port;
+  const auto server = startServer("a");
+  EXPECT_TRUE(isReceiveRight(port));
+  EXPECT_FALSE(isReceiveRight(lookUp("a")));
+  EXPECT_FALSE(isReceiveRight(kNobodys));
 }
 
 TEST_F(PortSpace, TimesOutWhenNothingComes) {
