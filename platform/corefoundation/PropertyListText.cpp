@@ -1,7 +1,6 @@
 // Licence: MIT, see LICENSE.
 // What XML and old-style text have in common: encodings, and places for people.
 #include <algorithm>
-#include <array>
 
 #include "platform/corefoundation/PropertyListReading.h"
 #include "platform/corefoundation/UrlObject.h"
@@ -20,10 +19,6 @@ constexpr NamedEncoding kNamedEncodings[] = {
     {"ascii", kCFStringEncodingASCII},         {"iso-8859-1", kCFStringEncodingISOLatin1},
     {"latin1", kCFStringEncodingISOLatin1},    {"macintosh", kCFStringEncodingMacRoman},
     {"x-mac-roman", kCFStringEncodingMacRoman}};
-
-constexpr std::array<std::string_view, 12> kElements = {"plist", "dict",    "array", "string",
-                                                        "key",   "data",    "date",  "true",
-                                                        "false", "integer", "real",  "set"};
 
 bool isSameName(std::string_view name, std::string_view known) {
   return std::ranges::equal(name, known, [](char a, char b) {
@@ -84,8 +79,7 @@ bool isXML(std::string_view text) {
   text.remove_prefix(1);
   if (text.starts_with('?') || text.starts_with('!')) return true;
   const auto end = std::ranges::find_if_not(text, [](char c) { return c >= 'a' && c <= 'z'; });
-  const std::string_view name(text.begin(), end);
-  return std::ranges::find(kElements, name) != kElements.end();
+  return std::any_of(text.begin(), end, [](char c) { return !isHexDigit(c); });
 }
 
 std::optional<std::string_view> textOfPropertyList(Bytes file, std::string& storage,
