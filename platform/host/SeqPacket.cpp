@@ -32,12 +32,19 @@ struct alignas(cmsghdr) ReceivedControl {
   std::array<std::byte, CMSG_SPACE(kMostPassed * sizeof(int))> bytes;
 };
 
+// Closing a socket that somebody handed to us must not wait until its data has gone.
+void stopLingering(const Descriptor& received) {
+  const linger off{};
+  setsockopt(received.number(), SOL_SOCKET, SO_LINGER, &off, sizeof off);
+}
+
 void takeDescriptors(const cmsghdr* control, ReceivedPacket& packet) {
   const std::size_t count = (control->cmsg_len - CMSG_LEN(0)) / sizeof(int);
   for (std::size_t i = 0; i < count; ++i) {
     int number = -1;
     std::memcpy(&number, CMSG_DATA(control) + i * sizeof(int), sizeof number);
     Descriptor received(number);
+    stopLingering(received);
     if (packet.passed) {
       packet.surplus = true;
     } else {

@@ -1,6 +1,9 @@
 // Licence: MIT, see LICENSE.
 // More of everything than anybody needs: connections that are never used, messages that are never
 // ended. They cost what was sent, up to a bound, and those who were there before notice nothing.
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
 #include <fstream>
@@ -85,6 +88,48 @@ TEST_F(FloodOfConnections, OfOneProcessDoesNotStopAnother) {
   const auto client = startPeer({"ask", "victim"});
   for (int step = 0; step < 3; ++step) EXPECT_EQ("0", client->readLine());
   EXPECT_EQ(std::to_string(kEcho + 1) + " word", client->readLine());
+}
+
+/// A connection of another kind, which waits on closing until all that was sent over it has gone.
+/// Nobody reads at its other end.
+class LingeringSocket final {
+ public:
+  LingeringSocket() : near(makeSocket()), far(makeSocket()) {
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t size = sizeof address;
+    auto* const name = reinterpret_cast<sockaddr*>(&address);
+    EXPECT_EQ(0, bind(far.number(), name, size));
+    EXPECT_EQ(0, listen(far.number(), 1));
+    EXPECT_EQ(0, getsockname(far.number(), name, &size));
+    EXPECT_EQ(0, ::connect(near.number(), name, size));
+    const linger hour{1, 3600};
+    EXPECT_EQ(0, setsockopt(near.number(), SOL_SOCKET, SO_LINGER, &hour, sizeof hour));
+    const std::vector<std::byte> much(1 << 20);
+    while (::send(near.number(), much.data(), much.size(), MSG_DONTWAIT) > 0) {
+    }
+  }
+  host::Descriptor take() { return std::move(near); }
+
+ private:
+  static host::Descriptor makeSocket() {
+    return host::Descriptor(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
+  }
+  host::Descriptor near;
+  host::Descriptor far;
+};
+
+TEST_F(FloodOfConnections, IsNotKeptByADescriptorThatTakesLongToClose) {
+  ASSERT_TRUE(isAnswered(innocent));
+  LingeringSocket lingering;
+  const host::Descriptor stranger = connect();
+  {
+    const host::Descriptor passed = lingering.take();
+    ASSERT_TRUE(host::sendPacket(stranger, encodeHeader({.id = 1}), {}, &passed));
+  }
+  awaitEnd(stranger);
+  EXPECT_TRUE(isAnswered(innocent));
 }
 
 /// A victim that may open few descriptors.
