@@ -264,6 +264,101 @@ TEST_F(EventWrapper, ForgetsTheLastReplyWhenItIsSentAgain) {
   EXPECT_EQ(event->replyHadError, 0u);
 }
 
+// -- Typed parameters --
+
+class EventWrapperParameters : public testing::Test {
+ protected:
+  EventWrapperParameters() {
+    for (AppleEvent* made : {&event.event, &event.reply}) {
+      EXPECT_EQ(AECreateAppleEvent(kCoreEventClass, kAEAnswer, nullptr, 1, 0, made), noErr);
+    }
+    event.eventCreated = event.replyReceived = true;
+  }
+
+  ScriptedEvent event;
+};
+
+TEST_F(EventWrapperParameters, PutsThemIntoTheEvent) {
+  SInt16 shortValues[] = {-2, 3};
+  SInt32 longValues[] = {-4, 5};
+  SInt64 wide = -6;
+  UInt64 positive = 7;
+  int integer = 8;
+  float single = 0.5F;
+  double real = 0.25;
+  bool truth = true;
+  unsigned char byte = 0;
+  OSType code = 'code';
+  const unsigned char text[] = "\3abc";
+  const OSErr results[] = {
+      event.putShort('shor', shortValues),      event.putLong('long', longValues),
+      event.putInteger('inte', &integer),       event.putLongLong('wide', &wide),
+      event.putUInt64('posi', &positive),       event.putFloat('sing', &single),
+      event.putDouble('doub', &real),           event.putBoolean('bool', &truth),
+      event.putBoolean('byte', &byte),          event.putOSType('type', &code),
+      event.putCString('cstr', "hello"),        event.putPString('pstr', text),
+      event.putText('text', text + 1, 2),       event.putShortArray('shos', shortValues, 2),
+      event.putLongArray('lons', longValues, 2)};
+  for (const OSErr result : results) EXPECT_EQ(result, noErr);
+  char* printed = nullptr;
+  ASSERT_EQ(QRLAppleEventWrapper::printDescToBufAlloc(&event.event, printed), noErr);
+  EXPECT_STREQ(
+      printed,
+      "'aevt'\\'ansr'{'shor':'shor'(-2), 'long':-4, 'inte':8, 'wide':'comp'(-6), "
+      "'posi':'comp'(7), 'sing':'sing'(0.5), 'doub':'doub'(0.25), 'bool':'bool'(\"true\"), "
+      "'byte':'bool'(\"false\"), 'type':'type'('code'), 'cstr':\"hello\", "
+      "'pstr':\"abc\", 'text':\"ab\", 'shos':'shor'($FFFE0003$), "
+      "'lons':'long'($FFFFFFFC00000005$)}");
+  delete[] printed;
+}
+
+TEST_F(EventWrapperParameters, GetsNumbersOfTheReply) {
+  SInt32 stored[] = {1, -2};
+  ASSERT_EQ(PutAELong(event.reply, 'numb', stored), noErr);
+  ASSERT_EQ(PutAELongArray(event.reply, 'many', stored, 2), noErr);
+  SInt16 narrow = 0;
+  SInt32 number = 0;
+  SInt64 wide = 0;
+  UInt64 positive = 0;
+  bool truth = false;
+  unsigned char byte = 0;
+  SInt32 numbers[2] = {};
+  SInt32 count = 2;
+  const OSErr results[] = {
+      event.getShort('numb', &narrow),           event.getLong('numb', &number),
+      event.getLongLong('numb', &wide),          event.getUInt64('numb', &positive),
+      event.getBoolean('numb', &truth),          event.getBoolean('numb', &byte),
+      event.getLongArray('many', numbers, count)};
+  for (const OSErr result : results) EXPECT_EQ(result, noErr);
+  EXPECT_TRUE(narrow == 1 && number == 1 && wide == 1 && positive == 1 && truth && byte == 1);
+  EXPECT_EQ(numbers[1], -2);
+  EXPECT_EQ(event.getParamExists('numb', truth), 1);
+  EXPECT_EQ(event.getParamExists('none', truth), 0);
+  EXPECT_EQ(event.getLong('none', &number), errAEDescNotFound);
+}
+
+TEST_F(EventWrapperParameters, GetsTextAndCodesOfTheReply) {
+  ASSERT_EQ(PutAECString(event.reply, 'text', "code"), noErr);
+  SInt16 stored[] = {9, 8};
+  ASSERT_EQ(PutAEShortArray(event.reply, 'many', stored, 2), noErr);
+  char string[5] = {};
+  unsigned char pascal[5] = {};
+  unsigned char text[4] = {};
+  SInt32 size = 4;
+  OSType code = 0;
+  SInt16 numbers[2] = {};
+  SInt32 count = 2;
+  const OSErr results[] = {event.getCString('text', string, 5), event.getPString('text', pascal, 5),
+                           event.getText('text', text, size), event.getOSType('text', &code),
+                           event.getShortArray('many', numbers, count)};
+  for (const OSErr result : results) EXPECT_EQ(result, noErr);
+  EXPECT_STREQ(string, "code");
+  EXPECT_EQ(pascal[0], 4);
+  EXPECT_EQ(std::string(text, text + 4), "code");
+  EXPECT_EQ(code, OSType{'code'});
+  EXPECT_EQ(numbers[1], 8);
+}
+
 // -- Printing --
 
 TEST(EventWrapperPrinting, WritesADescriptorAsText) {
