@@ -82,7 +82,7 @@ std::vector<FoundResource> find(const ResourcesCommand& command) {
   return found;
 }
 
-nlohmann::ordered_json jsonOf(const FoundResource& resource, Form form) {
+nlohmann::ordered_json jsonOfResource(const FoundResource& resource, Form form) {
   nlohmann::ordered_json entry{{"type", formatCode(resource.type)}, {"id", resource.id}};
   if (!resource.name.empty()) entry["name"] = resource.name;
   entry["size"] = resource.data.size();
@@ -132,7 +132,7 @@ void printJson(const std::vector<FoundResource>& resources, const ResourcesComma
   Form form = command.form;
   if (form == Form::kList && command.id) form = Form::kHexadecimal;
   nlohmann::ordered_json list = nlohmann::ordered_json::array();
-  for (const FoundResource& resource : resources) list.push_back(jsonOf(resource, form));
+  for (const FoundResource& resource : resources) list.push_back(jsonOfResource(resource, form));
   std::cout << list.dump(2, ' ', false, nlohmann::json::error_handler_t::replace) << '\n';
 }
 
