@@ -1,12 +1,14 @@
 // Licence: MIT, see LICENSE.
 // Feeds a file to everything that reads resource files: the file's own form, the companion form,
-// and the forms of alerts and their items. What is read must lie inside the file and survive being
-// written.
+// and the forms of alerts, their items and components. What is read must lie inside the file and
+// survive being written, in a companion too, of which all else must stay.
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <span>
 
+#include "platform/components/ComponentRegistry.h"
 #include "platform/resources/AppleDouble.h"
 #include "platform/resources/ResourceFile.h"
 #include "platform/resources/ResourceWriter.h"
@@ -51,8 +53,21 @@ void readFile(Bytes file) {
     resources.push_back(contentsOf(file, entry));
     platform::userinterface::parseAlert(resources.back().data);
     platform::userinterface::parseItems(resources.back().data);
+    platform::components::parseComponent(resources.back().data);
   }
   checkWriting(resources, map->attributes);
+}
+
+/// A companion whose fork is replaced has the new one and is larger by no more than that; replacing
+/// it again gives the same file.
+void checkCompanion(Bytes file, Bytes fork) {
+  const auto replaced = replaceForkOfAppleDouble(file, fork);
+  if (!replaced) return;
+  const auto inside = resourceForkOfAppleDouble(*replaced);
+  require(inside && std::ranges::equal(*inside, fork));
+  constexpr std::size_t kHeaderAndOneEntry = 38;
+  require(replaced->size() <= 2 * file.size() + fork.size() + kHeaderAndOneEntry);
+  require(replaceForkOfAppleDouble(*replaced, fork) == replaced);
 }
 
 }  // namespace
@@ -61,5 +76,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const Bytes file(reinterpret_cast<const std::byte*>(data), size);
   readFile(file);
   if (const auto fork = resourceForkOfAppleDouble(file)) readFile(*fork);
+  checkCompanion(file, file.first(file.size() / 2));
+  checkCompanion(appleDoubleWith(file), file);
   return 0;
 }

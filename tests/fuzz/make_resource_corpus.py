@@ -38,9 +38,19 @@ def apple_double(fork):
     return struct.pack(">II16xHIII", 0x00051607, 0x00020000, 1, 2, 38, len(fork)) + fork
 
 
-def patched(data, offset, form, value):
+def apple_double_of(parts):
+    """A file from (kind, data) pairs."""
+    file = struct.pack(">II16xH", 0x00051607, 0x00020000, len(parts))
+    offset = len(file) + 12 * len(parts)
+    for kind, data in parts:
+        file += struct.pack(">III", kind, offset, len(data))
+        offset += len(data)
+    return file + b"".join(data for _, data in parts)
+
+
+def patched(data, offset, form, *values):
     size = struct.calcsize(form)
-    return data[:offset] + struct.pack(form, value) + data[offset + size:]
+    return data[:offset] + struct.pack(form, *values) + data[offset + size:]
 
 
 ALERT = struct.pack(">4hhHH", 60, 81, 190, 481, 138, 0x5555, 0x300A)
@@ -55,6 +65,10 @@ SEEDS = {
     "system-area": resource_file([(b"TEXT", [resource(1, b"abc")])], 256),
     "no-resources-of-type": resource_file([(b"TEXT", [])]),
     "companion": apple_double(GOOD),
+    "companion-with-more": apple_double_of([(9, bytes(32)), (2, GOOD), (4, b"comment")]),
+    "companion-without-fork": apple_double_of([(9, b"TEXTqrlT" + bytes(24))]),
+    "companion-shared-data": patched(apple_double_of([(2, GOOD), (9, b"")]), 42, ">II", 50, len(GOOD)),
+    "component": resource_file([(b"thng", [resource(128, b"vdigWeb1Qrlp" + bytes(32))])]),
     "companion-cut": apple_double(GOOD)[:-1],
     "cut-short": GOOD[:-3],
     "header-only": GOOD[:16],

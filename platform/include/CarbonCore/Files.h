@@ -7,7 +7,7 @@
  *
  * Names in an FSSpec are MacRoman, with the host's ':' as '/' (and no ':' in them). A host name
  * that has more than 31 characters or some that MacRoman lacks appears shortened, with its sum in
- * the middle: "A very long na#1F00D5A7.text". Such a name finds its item again, in any process.
+ * the middle: "A very long name #6B1C4B41.text". Such a name finds its item again, in any process.
  * Capital and small letters differ, as they do on the host.
  *
  * All calls may be made from any thread. Results that several of them give:

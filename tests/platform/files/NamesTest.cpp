@@ -75,8 +75,7 @@ TEST(ShortenedNames, KeepTheirStartTheirSumAndTheirExtension) {
   EXPECT_EQ(sumOf("foobar"), 0xBF9CF968U);
   const std::string name = "A very long name that has an extension.text";
   const std::string shown = macNameOf(name);
-  EXPECT_EQ(shown.substr(0, 18), "A very long name #");
-  EXPECT_EQ(shown.substr(26), ".text");
+  EXPECT_EQ(shown, "A very long name #6B1C4B41.text");
   EXPECT_EQ(shown.size(), 31U);
   EXPECT_TRUE(looksShortened(shown));
 }
