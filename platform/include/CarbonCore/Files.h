@@ -73,6 +73,7 @@ typedef struct UTCDateTime {
   UInt32 lowSeconds;
   UInt16 fraction;
 } UTCDateTime;
+#pragma pack(pop)
 
 /* Fields that were not asked for stay as they are. */
 typedef struct FSCatalogInfo {
@@ -99,7 +100,6 @@ typedef struct FSCatalogInfo {
   UInt32 valence;
   UInt32 textEncodingHint;
 } FSCatalogInfo;
-#pragma pack(pop)
 
 EXTERN_API_BEGIN
 

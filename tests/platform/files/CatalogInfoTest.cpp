@@ -77,7 +77,7 @@ TEST_F(CatalogInfo, GivesNameSpecAndParent) {
   EXPECT_EQ(name.length, 9);
   EXPECT_EQ(name.unicode[6], '/');
   EXPECT_EQ(nameOf(spec), "either/or");
-  EXPECT_EQ(spec.parID, idOf(path("a")));
+  EXPECT_EQ(+spec.parID, idOf(path("a")));
   EXPECT_EQ(pathOf(parent), path("a"));
 }
 

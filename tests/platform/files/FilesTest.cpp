@@ -29,7 +29,7 @@ TEST_F(FileSpecs, StandForAnItem) {
   FSSpec spec{};
   EXPECT_EQ(make("file", spec), noErr);
   EXPECT_EQ(spec.vRefNum, kVolume);
-  EXPECT_EQ(spec.parID, idOf(top));
+  EXPECT_EQ(+spec.parID, idOf(top));
   EXPECT_EQ(nameOf(spec), "file");
   EXPECT_EQ(pathOf(spec), path("file"));
 }
@@ -37,7 +37,7 @@ TEST_F(FileSpecs, StandForAnItem) {
 TEST_F(FileSpecs, StandForAnItemThatIsYetToBe) {
   FSSpec spec{};
   EXPECT_EQ(make("new", spec), fnfErr);
-  EXPECT_EQ(spec.parID, idOf(top));
+  EXPECT_EQ(+spec.parID, idOf(top));
   EXPECT_EQ(nameOf(spec), "new");
   EXPECT_EQ(pathOf(spec), "error -43");
   put("new");
@@ -49,7 +49,7 @@ TEST_F(FileSpecs, WithoutANameAreOfTheFolder) {
   for (ConstStr255Param none : {ConstStr255Param{nullptr}, ConstStr255Param{Pascal("")}}) {
     FSSpec spec{};
     EXPECT_EQ(FSMakeFSSpec(kVolume, idOf(path("folder")), none, &spec), noErr);
-    EXPECT_EQ(spec.parID, idOf(top));
+    EXPECT_EQ(+spec.parID, idOf(top));
     EXPECT_EQ(nameOf(spec), "folder");
   }
 }
@@ -58,7 +58,7 @@ TEST_F(FileSpecs, OfTheRootHaveTheVolumesName) {
   for (SInt32 folder : {SInt32{0}, SInt32{fsRtDirID}}) {
     FSSpec spec{};
     EXPECT_EQ(FSMakeFSSpec(0, folder, nullptr, &spec), noErr);
-    EXPECT_EQ(spec.parID, fsRtParID);
+    EXPECT_EQ(+spec.parID, fsRtParID);
     EXPECT_EQ(nameOf(spec), "Host");
     EXPECT_EQ(pathOf(spec), "/");
   }
