@@ -28,7 +28,8 @@ TEST_F(Tool, HelpsOnStandardOutput) {
 }
 
 TEST_F(Tool, HelpTellsEveryExitStatus) {
-  for (const char* status : {"  0  ", "  1  ", "  2  ", "  69  ", "  76  ", "  124  "}) {
+  for (const char* status :
+       {"  0  ", "  1  ", "  2  ", "  65  ", "  66  ", "  69  ", "  76  ", "  124  "}) {
     EXPECT_THAT(qrl::kHelp, HasSubstr(status));
   }
 }
