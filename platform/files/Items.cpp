@@ -5,10 +5,10 @@
 
 #include <algorithm>
 #include <cstring>
-#include <random>
 
 #include "platform/files/Names.h"
 #include "platform/files/Results.h"
+#include "platform/host/Clock.h"
 
 namespace platform::files {
 namespace {
@@ -29,15 +29,15 @@ struct RefContents {
 };
 static_assert(sizeof(RefContents) == sizeof(FSRef));
 
-/// Folder IDs are of this process only, and so is what refers to them.
-UInt32 processMark() {
-  static const UInt32 mark = std::random_device()() | 1;
-  return mark;
-}
-
 UInt32 highWord(std::uint64_t value) { return static_cast<UInt32>(value >> 32); }
 UInt32 lowWord(std::uint64_t value) { return static_cast<UInt32>(value); }
 std::uint64_t fromWords(UInt32 high, UInt32 low) { return std::uint64_t{high} << 32 | low; }
+
+/// Folder IDs are of this process only, and so is what refers to them.
+UInt32 processMark() {
+  static const UInt32 mark = lowWord(static_cast<std::uint64_t>(host::wallNow())) | 1;
+  return mark;
+}
 
 host::FileIdentity identityIn(const RefContents& contents) {
   const UInt32* words = contents.identity;
