@@ -33,6 +33,14 @@ TEST_F(ProcessTable, HasAPrivatePortOnceTheProcessHasCheckedIn) {
   EXPECT_TRUE(type & MACH_PORT_TYPE_RECEIVE);
 }
 
+TEST_F(ProcessTable, HasNoPresentNumberBeforeCheckIn) {
+  EXPECT_EQ(processes::presentSerialNumber().lowLongOfPSN, UInt32{kNoProcess});
+  ProcessSerialNumber self;
+  ASSERT_EQ(processes::checkIn(self), noErr);
+  EXPECT_EQ(processes::presentSerialNumber().highLongOfPSN, self.highLongOfPSN);
+  EXPECT_EQ(processes::presentSerialNumber().lowLongOfPSN, self.lowLongOfPSN);
+}
+
 TEST_F(ProcessTable, LeavesNothingOpenInANameSpaceThatTheProcessHasLeft) {
   const auto openFiles = [] {
     return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
