@@ -38,7 +38,8 @@ std::string userNameSpacePath() {
   if (const std::string root = rootPath(); !root.empty()) {
     return root + "/run/user/" + user + "/quorvant";
   }
-  if (const std::string runtime = environment("XDG_RUNTIME_DIR"); !runtime.empty()) {
+  // One that is not absolute would be another one after each change of the working directory.
+  if (const std::string runtime = environment("XDG_RUNTIME_DIR"); runtime.starts_with('/')) {
     return runtime + "/quorvant";
   }
   return geteuid() == 0 ? systemNameSpacePath() : "/tmp/quorvant-" + user;

@@ -15,6 +15,9 @@
 
 namespace tests {
 
+/// The token for the answer that a stranger asks for, where any will do.
+inline constexpr std::uint32_t kToken = 21;
+
 /// After each test the agent has closed what the strangers opened, it has never held more memory
 /// than it had and was sent, and the innocent's connection still serves.
 class Hostile : public Integration {

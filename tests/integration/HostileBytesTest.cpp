@@ -12,13 +12,12 @@ using tests::item;
 using tests::kAbandonment;
 using tests::kContinuingPacket;
 using tests::kInMemoryFile;
+using tests::kToken;
 using tests::RawAnswer;
 using tests::RawPacket;
 using tests::Stranger;
 using tests::wholePacket;
 using tests::word;
-
-constexpr std::uint32_t kToken = 21;
 
 class HostileBytes : public tests::Hostile {};
 

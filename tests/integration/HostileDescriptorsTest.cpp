@@ -12,12 +12,12 @@
 namespace {
 
 using tests::kInMemoryFile;
+using tests::kToken;
 using tests::RawAnswer;
 using tests::RawPacket;
 using tests::Stranger;
 using tests::wholePacket;
 
-constexpr std::uint32_t kToken = 21;
 constexpr int kSeals = F_SEAL_SHRINK | F_SEAL_GROW | F_SEAL_WRITE;
 
 /// A descriptor of the test's own.

@@ -69,9 +69,11 @@ TEST(Roots, AreTheHostsOwnWithoutTheVariable) {
 
 TEST(Roots, FallBackToAPrivateFolder) {
   const Variable root("QRL_ROOT", nullptr);
-  const Variable runtime("XDG_RUNTIME_DIR", nullptr);
   const std::string expected = geteuid() == 0 ? "/run/quorvant" : "/tmp/quorvant-" + kUser;
-  EXPECT_EQ(expected, userNameSpacePath());
+  for (const char* none : {static_cast<const char*>(nullptr), "", "relative", "./relative"}) {
+    const Variable runtime("XDG_RUNTIME_DIR", none);
+    EXPECT_EQ(expected, userNameSpacePath());
+  }
 }
 
 TEST(HomePath, IsTheUsersBelowTheRoot) {
