@@ -2,8 +2,9 @@
 execute_process(COMMAND "${NM}" -D --defined-only -C "${LIBRARY}" OUTPUT_VARIABLE symbols
   COMMAND_ERROR_IS_FATAL ANY)
 foreach(wanted
-    CFStringGetLength bootstrap_look_up AESendMessage RunApplicationEventLoop
-    "QRLAEMakePortName\\(" "QRLPortAEMachPortListener::ListenOnPort\\("
+    CFStringGetLength bootstrap_look_up AESendMessage RunApplicationEventLoop RelString PtrAndHand
+    "QRLAEMakePortName\\(" "NFReallocHandle\\(" "pcstrcpy\\(" "HexDump\\("
+    "QRLPortAEMachPortListener::ListenOnPort\\("
     "QRLPortAppleEvent::QRLPortAppleEvent\\(" "vtable for QRLProcessDestinationAddress")
   if(NOT symbols MATCHES " [TVWDBR] ${wanted}")
     message(SEND_ERROR "not visible: ${wanted}")
