@@ -122,7 +122,7 @@ void serveBus(const Road& road) {
   }
   for (;;) {
     const int done = sd_bus_process(bus.get(), nullptr);
-    check(done, "the bus is gone");
+    if (done < 0) throw EndOfRoad();
     if (done == 0) check(sd_bus_wait(bus.get(), kForever), "waiting failed");
   }
 }

@@ -3,8 +3,6 @@
 #include <HIToolbox/CarbonEventsCore.h>
 #include <quorvant/aemessaging/aemessaging.h>
 
-#include <algorithm>
-
 #include "bench/aemessaging/Roads.h"
 
 namespace bench {
@@ -92,15 +90,16 @@ class RequestingClient final : public EventClient {
 
 // The server
 
+/// Answers with as many bytes of its own as it was sent, as the sockets' servers do.
 OSErr answer(const AppleEvent* event, AppleEvent* reply, SInt32) {
   static std::vector<char> contents;
   DescType type = typeNull;
   Size size = 0;
-  OSErr error = AESizeOfParam(event, keyDirectObject, &type, &size);
+  const OSErr error = AESizeOfParam(event, keyDirectObject, &type, &size);
   if (error != noErr) return error;
-  contents.resize(std::max(contents.size(), static_cast<std::size_t>(size)));
-  error = AEGetParamPtr(event, keyDirectObject, kContents, &type, contents.data(), size, &size);
-  if (error != noErr) return error;
+  if (contents.size() != static_cast<std::size_t>(size)) {
+    contents = contentsOf(static_cast<std::size_t>(size));
+  }
   return AEPutParamPtr(reply, keyDirectObject, kContents, contents.data(), size);
 }
 

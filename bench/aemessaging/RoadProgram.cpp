@@ -30,6 +30,8 @@ int main(int argc, char** argv) {
     } else {
       askOnDemand(road);
     }
+  } catch (const bench::EndOfRoad&) {
+    return EXIT_SUCCESS;
   } catch (const std::exception& failure) {
     std::cerr << "road: " << failure.what() << '\n';
     return EXIT_FAILURE;

@@ -1,6 +1,7 @@
 // Licence: MIT, see LICENSE.
 // The ways on which a request can go to another process and its answer come back, all with the same
-// contents: SIZE bytes there and as many back.
+// contents: SIZE bytes there and as many back. No server looks at the bytes, and none but sd-bus's
+// copies them itself.
 //
 //   blocking   a SOCK_SEQPACKET connection that both read and write without more ado
 //   epoll      the same, not blocking, both waiting with epoll, as a program with several sources
@@ -43,8 +44,11 @@ class Client {
 /// Connects to a server; throws std::runtime_error if it cannot.
 std::unique_ptr<Client> openClient(const Road& road);
 
+/// What a server throws when its client has gone.
+struct EndOfRoad {};
+
 /// Serves one client (on a bus, and with events, any number) until it is killed. Writes a line when
-/// clients may come. Throws std::runtime_error when something fails.
+/// clients may come. Throws EndOfRoad, or std::runtime_error when something fails.
 void serve(const Road& road);
 
 /// The bytes of a request of that size.

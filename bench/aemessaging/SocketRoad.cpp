@@ -83,7 +83,7 @@ class Wire {
     while (!message.empty()) {
       if (poll >= 0) awaitInput();
       const ssize_t size = recv(socket, message.data(), message.size(), flags);
-      require(size > 0, "the other side is gone");
+      if (size <= 0) throw EndOfRoad();
       message = message.subspan(static_cast<std::size_t>(size));
     }
   }
