@@ -46,7 +46,8 @@ TEST_F(FileSpecs, StandForAnItemThatIsYetToBe) {
 
 TEST_F(FileSpecs, WithoutANameAreOfTheFolder) {
   makeFolder("folder");
-  for (ConstStr255Param none : {ConstStr255Param{nullptr}, ConstStr255Param{Pascal("")}}) {
+  const Pascal empty("");
+  for (ConstStr255Param none : {ConstStr255Param{nullptr}, ConstStr255Param{empty}}) {
     FSSpec spec{};
     EXPECT_EQ(FSMakeFSSpec(kVolume, idOf(path("folder")), none, &spec), noErr);
     EXPECT_EQ(+spec.parID, idOf(top));
