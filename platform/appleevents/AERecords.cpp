@@ -50,9 +50,10 @@ OSErr AEPutKeyDesc(AERecord* record, AEKeyword keyword, const AEDesc* desc) {
 OSErr AEGetKeyPtr(const AERecord* record, AEKeyword keyword, DescType desiredType,
                   DescType* actualType, void* data, Size maximumSize, Size* actualSize) {
   std::optional<Items> items;
-  std::optional<Item> item;
-  OSErr status = findKey(record, keyword, items, item);
+  OSErr status = openRecord(record, items);
   if (status != noErr) return status;
+  const std::optional<Item> item = items->find(keyword);
+  if (!item) return errAEDescNotFound;
   status = getItem(*item, {desiredType, actualType, data, maximumSize, actualSize});
   if (status == noErr) items->storage().markRead(item->index);
   return status;

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <bit>
 
+#include "platform/appleevents/ByteOrder.h"
 #include "platform/appleevents/Items.h"
 #include "platform/memory/Allocation.h"
 
@@ -16,10 +17,19 @@ constexpr UInt32 kPatience = 4;
 /// More items are walked. They have 200 MB at least.
 constexpr UInt32 kMostItems = 1 << 24;
 
+/// Looks at nothing but keywords and lengths on the way.
 std::optional<Item> walkTo(Bytes block, const Region& region, AEKeyword keyword) {
-  std::optional<Item> item = firstItem(block, region);
-  while (item && item->keyword != keyword) item = nextItem(block, region, *item);
-  return item;
+  std::size_t offset = region.begin;
+  for (UInt32 index = 1; index <= region.count; ++index) {
+    const std::size_t room = region.end - offset;
+    if (room < kItemHeader) return std::nullopt;
+    const std::byte* header = block.data() + offset;
+    if (loadWord(header) == keyword) return itemAt(block, region, offset, index);
+    const std::size_t length = loadWord(header + 2 * kWord);
+    if (length > room || kItemHeader + Item::paddedSize(length) > room) return std::nullopt;
+    offset += kItemHeader + Item::paddedSize(length);
+  }
+  return std::nullopt;
 }
 
 }  // namespace
