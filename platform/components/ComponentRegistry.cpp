@@ -2,6 +2,7 @@
 #include "platform/components/ComponentRegistry.h"
 
 #include <algorithm>
+#include <bit>
 
 #include "platform/resources/BigEndian.h"
 
@@ -42,7 +43,7 @@ ComponentRegistry& ComponentRegistry::shared() {
 
 Component ComponentRegistry::add(const ComponentDescription& description, const std::string& path) {
   std::lock_guard lock(mutex);
-  auto* component = reinterpret_cast<Component>(lastNumber + 1);
+  auto* component = std::bit_cast<Component>(lastNumber + 1);
   entries.push_back({component, description, path});
   ++lastNumber;
   return component;

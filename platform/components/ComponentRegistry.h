@@ -6,6 +6,7 @@
 #include <CarbonCore/Components.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <mutex>
 #include <optional>
 #include <span>
@@ -46,7 +47,7 @@ class ComponentRegistry final {
 
   std::mutex mutex;
   std::vector<Entry> entries;
-  std::size_t lastNumber = 0;
+  std::uintptr_t lastNumber = 0;
 };
 
 }  // namespace platform::components
