@@ -6,9 +6,9 @@
 #include <array>
 #include <new>
 
-#include "platform/corefoundation/Guarded.h"
 #include "platform/corefoundation/PropertyListReading.h"
 #include "platform/corefoundation/PropertyListWriting.h"
+#include "platform/corefoundation/WithoutMemory.h"
 
 namespace platform::corefoundation {
 
@@ -150,7 +150,7 @@ CFPropertyListRef CFPropertyListCreateFromStream(CFAllocatorRef allocator, CFRea
 }
 
 CFDataRef CFPropertyListCreateXMLData(CFAllocatorRef allocator, CFPropertyListRef propertyList) {
-  return guarded([&]() -> CFDataRef {
+  return nullWithoutMemory([&]() -> CFDataRef {
     std::string bytes;
     if (writeXML(propertyList, bytes) != nullptr) return nullptr;
     return CFDataCreate(allocator, reinterpret_cast<const UInt8*>(bytes.data()),

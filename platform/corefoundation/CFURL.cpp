@@ -3,9 +3,9 @@
 
 #include <algorithm>
 
-#include "platform/corefoundation/Guarded.h"
 #include "platform/corefoundation/StringObject.h"
 #include "platform/corefoundation/UrlObject.h"
+#include "platform/corefoundation/WithoutMemory.h"
 
 namespace platform::corefoundation {
 
@@ -25,7 +25,7 @@ CFTypeID CFURLGetTypeID(void) { return Url::type(); }
 
 CFURLRef CFURLCreateWithString(CFAllocatorRef allocator, CFStringRef text, CFURLRef baseURL) {
   if (baseURL != nullptr && urlOf(baseURL) == nullptr) return nullptr;
-  return guarded([&]() -> CFURLRef {
+  return nullWithoutMemory([&]() -> CFURLRef {
     const std::optional<std::string> bytes = utf8Of(text);
     return bytes ? Url::make(allocator, *bytes, baseURL) : nullptr;
   });
@@ -41,7 +41,7 @@ CFURLRef CFURLCopyAbsoluteURL(CFURLRef url) {
   const Url* object = urlOf(url);
   if (object == nullptr) return nullptr;
   if (!object->base) return Held<CFURLRef>::retaining(url).take();
-  return guarded([&] { return Url::make(nullptr, object->absoluteText(), nullptr); });
+  return nullWithoutMemory([&] { return Url::make(nullptr, object->absoluteText(), nullptr); });
 }
 
 CFStringRef CFURLGetString(CFURLRef url) {
@@ -84,7 +84,7 @@ Boolean CFURLHasDirectoryPath(CFURLRef url) {
 
 CFStringRef CFURLCopyLastPathComponent(CFURLRef url) {
   if (!CFURLCanBeDecomposed(url)) return nullptr;
-  return guarded([url] {
+  return nullWithoutMemory([url] {
     const std::string_view path = urlOf(url)->parts().path;
     const NameRange name = lastName(path);
     if (name.begin == name.end && !path.empty()) return copyOfUTF8(nullptr, "/");
@@ -94,7 +94,7 @@ CFStringRef CFURLCopyLastPathComponent(CFURLRef url) {
 
 CFStringRef CFURLCopyPathExtension(CFURLRef url) {
   if (!CFURLCanBeDecomposed(url)) return nullptr;
-  return guarded([url]() -> CFStringRef {
+  return nullWithoutMemory([url]() -> CFStringRef {
     const std::string_view path = urlOf(url)->parts().path;
     const NameRange range = lastName(path);
     const std::string name = unescape(path.substr(range.begin, range.end - range.begin));

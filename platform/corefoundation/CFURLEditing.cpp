@@ -2,9 +2,9 @@
 // URLs made from others by changing their paths, and the escaping of text.
 #include <CoreFoundation/CFURL.h>
 
-#include "platform/corefoundation/Guarded.h"
 #include "platform/corefoundation/StringObject.h"
 #include "platform/corefoundation/UrlObject.h"
+#include "platform/corefoundation/WithoutMemory.h"
 
 namespace platform::corefoundation {
 
@@ -14,7 +14,7 @@ namespace {
 template <typename Change>
 CFURLRef withPath(CFAllocatorRef allocator, CFURLRef url, Change change) {
   if (!CFURLCanBeDecomposed(url)) return nullptr;
-  return guarded([&]() -> CFURLRef {
+  return nullWithoutMemory([&]() -> CFURLRef {
     const Url* object = urlOf(url);
     UrlParts parts = object->parts();
     const std::optional<std::string> path = change(parts.path);
@@ -106,7 +106,7 @@ CFURLRef CFURLCreateCopyDeletingPathExtension(CFAllocatorRef allocator, CFURLRef
 CFStringRef CFURLCreateStringByReplacingPercentEscapes(CFAllocatorRef allocator, CFStringRef text,
                                                        CFStringRef leaveEscaped) {
   if (leaveEscaped == nullptr) return CFStringCreateCopy(allocator, text);
-  return guarded([&]() -> CFStringRef {
+  return nullWithoutMemory([&]() -> CFStringRef {
     const std::optional<std::string> bytes = utf8Of(text);
     return bytes ? copyOfUTF8(allocator, unescapeBut(*bytes, leaveEscaped)) : nullptr;
   });

@@ -4,8 +4,8 @@
 
 #include <algorithm>
 
-#include "platform/corefoundation/Guarded.h"
 #include "platform/corefoundation/UrlObject.h"
+#include "platform/corefoundation/WithoutMemory.h"
 #include "platform/host/FileSystem.h"
 
 namespace platform::corefoundation {
@@ -54,7 +54,7 @@ CFURLRef CFURLCreateWithFileSystemPathRelativeToBase(CFAllocatorRef allocator, C
                                                      CFURLPathStyle style, Boolean isDirectory,
                                                      CFURLRef baseURL) {
   if (!isStyle(style) || (baseURL != nullptr && urlOf(baseURL) == nullptr)) return nullptr;
-  return guarded([&]() -> CFURLRef {
+  return nullWithoutMemory([&]() -> CFURLRef {
     const std::optional<std::string> bytes = utf8Of(path);
     if (!bytes || bytes->empty()) return nullptr;
     return urlOfPath(allocator, style == kCFURLHFSPathStyle ? posixPathOf(*bytes) : *bytes,
@@ -70,7 +70,7 @@ CFURLRef CFURLCreateWithFileSystemPath(CFAllocatorRef allocator, CFStringRef pat
 CFURLRef CFURLCreateFromFileSystemRepresentation(CFAllocatorRef allocator, const UInt8* path,
                                                  CFIndex length, Boolean isDirectory) {
   if (path == nullptr || length <= 0) return nullptr;
-  return guarded([&] {
+  return nullWithoutMemory([&] {
     const std::string bytes(reinterpret_cast<const char*>(path), static_cast<std::size_t>(length));
     return urlOfPath(allocator, bytes, isDirectory, nullptr);
   });
@@ -79,7 +79,7 @@ CFURLRef CFURLCreateFromFileSystemRepresentation(CFAllocatorRef allocator, const
 Boolean CFURLGetFileSystemRepresentation(CFURLRef url, Boolean resolveAgainstBase, UInt8* buffer,
                                          CFIndex bufferSize) {
   if (buffer == nullptr || bufferSize <= 0) return false;
-  return guarded([&]() -> Boolean {
+  return nullWithoutMemory([&]() -> Boolean {
     const Held absolute(resolveAgainstBase ? CFURLCopyAbsoluteURL(url) : nullptr);
     const Url* object = urlOf(resolveAgainstBase ? absolute.get() : url);
     if (object == nullptr) return false;
@@ -94,7 +94,7 @@ Boolean CFURLGetFileSystemRepresentation(CFURLRef url, Boolean resolveAgainstBas
 CFStringRef CFURLCopyFileSystemPath(CFURLRef url, CFURLPathStyle style) {
   const Url* object = urlOf(url);
   if (object == nullptr || !isStyle(style)) return nullptr;
-  return guarded([&]() -> CFStringRef {
+  return nullWithoutMemory([&]() -> CFStringRef {
     const std::optional<std::string> path = object->filePath();
     if (!path) return nullptr;
     return copyOfUTF8(nullptr, style == kCFURLHFSPathStyle ? hfsPathOf(*path) : *path);

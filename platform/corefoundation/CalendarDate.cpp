@@ -20,12 +20,12 @@ constexpr int kSecondsPerDay = 86400;
 
 constexpr std::string_view kPattern = "0000-00-00T00:00:00Z";
 
-constexpr bool isDigit(char c) { return c >= '0' && c <= '9'; }
+constexpr bool isDecimal(char c) { return c >= '0' && c <= '9'; }
 
 bool hasPattern(std::string_view text) {
   if (text.size() != kPattern.size()) return false;
   for (std::size_t i = 0; i < text.size(); ++i) {
-    if (kPattern[i] == '0' ? !isDigit(text[i]) : text[i] != kPattern[i]) return false;
+    if (kPattern[i] == '0' ? !isDecimal(text[i]) : text[i] != kPattern[i]) return false;
   }
   return true;
 }

@@ -21,7 +21,7 @@ constexpr std::size_t kTrailerSize = 32;
 constexpr UInt32 kSpareObjects = 1024;
 
 // What stands in the upper half of an object's first byte.
-enum Kind : UInt8 {
+enum ObjectKind : UInt8 {
   kSimple = 0x0,
   kInteger = 0x1,
   kReal = 0x2,

@@ -143,9 +143,9 @@ const char* BinaryWriter::numberDictionary(CFDictionaryRef dictionary, int depth
   if (!entries) return kNoTextKey;
   references.resize(2 * entries->size());
   std::size_t next = 0;
-  for (const Entry& entry : *entries)
+  for (const ListEntry& entry : *entries)
     references[next++] = numberLeaf(entry.first, NodeKind::kString);
-  for (const Entry& entry : *entries) {
+  for (const ListEntry& entry : *entries) {
     if (const char* reason = number(entry.second, depth + 1, references[next++])) return reason;
   }
   return nullptr;
@@ -163,9 +163,9 @@ void BinaryWriter::appendInteger(SInt64 value) {
 }
 
 void BinaryWriter::appendStart(unsigned kind, std::size_t count) {
-  constexpr std::size_t kLongCount = 15;
-  to += static_cast<char>(kind << 4 | std::min(count, kLongCount));
-  if (count >= kLongCount) appendInteger(static_cast<SInt64>(count));
+  constexpr std::size_t kCountBehind = 15;
+  to += static_cast<char>(kind << 4 | std::min(count, kCountBehind));
+  if (count >= kCountBehind) appendInteger(static_cast<SInt64>(count));
 }
 
 void BinaryWriter::appendReal(CFNumberRef number) {

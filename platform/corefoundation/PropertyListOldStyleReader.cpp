@@ -22,10 +22,10 @@ bool isPlain(char c) {
 bool isOctal(char c) { return c >= '0' && c <= '7'; }
 
 UniChar controlCharacter(char letter) {
-  constexpr std::string_view kLetters = "abfnrtv";
-  constexpr std::string_view kControls = "\a\b\f\n\r\t\v";
-  const std::size_t index = kLetters.find(letter);
-  const char character = index != std::string_view::npos ? kControls[index] : letter;
+  constexpr std::string_view kEscapeLetters = "abfnrtv";
+  constexpr std::string_view kEscapedControls = "\a\b\f\n\r\t\v";
+  const std::size_t index = kEscapeLetters.find(letter);
+  const char character = index != std::string_view::npos ? kEscapedControls[index] : letter;
   return static_cast<UniChar>(character);
 }
 

@@ -7,9 +7,9 @@
 
 #include <algorithm>
 
-#include "platform/corefoundation/Guarded.h"
 #include "platform/corefoundation/PropertyListBuilder.h"
 #include "platform/corefoundation/PropertyListWriting.h"
+#include "platform/corefoundation/WithoutMemory.h"
 
 namespace platform::corefoundation {
 
@@ -43,7 +43,7 @@ class Validator final {
   bool isValidDictionary(CFTypeRef dictionary, int depth) const {
     if (depth >= kMaximumDepth) return false;
     const auto entries = sortedEntries(dictionary);
-    return entries && std::ranges::all_of(*entries, [this, depth](const Entry& entry) {
+    return entries && std::ranges::all_of(*entries, [this, depth](const ListEntry& entry) {
              return isValid(entry.second, depth + 1);
            });
   }
@@ -79,7 +79,7 @@ Held<CFTypeRef> Copier::copyDictionary(CFTypeRef dictionary, int depth) const {
   const auto entries = sortedEntries(dictionary);
   if (!entries) return {};
   Held<CFTypeRef> made = builder.dictionary();
-  for (const Entry& entry : *entries) {
+  for (const ListEntry& entry : *entries) {
     const Held<CFStringRef> key(CFStringCreateCopy(allocator, entry.first));
     const Held<CFTypeRef> value = copy(entry.second, depth + 1);
     if (!made || !PropertyListBuilder::set(made, key, value)) return {};
@@ -120,19 +120,19 @@ NodeKind nodeKind(CFTypeRef object) {
                                                                : NodeKind::kInteger;
 }
 
-std::optional<std::vector<Entry>> sortedEntries(CFTypeRef dictionary) {
+std::optional<std::vector<ListEntry>> sortedEntries(CFTypeRef dictionary) {
   const auto source = static_cast<CFDictionaryRef>(dictionary);
   const auto count = static_cast<std::size_t>(CFDictionaryGetCount(source));
   std::vector<const void*> keys(count);
   std::vector<const void*> values(count);
   CFDictionaryGetKeysAndValues(source, keys.data(), values.data());
-  std::vector<Entry> entries;
+  std::vector<ListEntry> entries;
   entries.reserve(count);
   for (std::size_t i = 0; i < count; ++i) {
     if (nodeKind(keys[i]) != NodeKind::kString) return std::nullopt;
     entries.emplace_back(static_cast<CFStringRef>(keys[i]), values[i]);
   }
-  std::ranges::sort(entries, [](const Entry& a, const Entry& b) {
+  std::ranges::sort(entries, [](const ListEntry& a, const ListEntry& b) {
     return CFStringCompare(a.first, b.first, 0) == kCFCompareLessThan;
   });
   return entries;
@@ -145,9 +145,10 @@ using namespace platform::corefoundation;
 CFPropertyListRef CFPropertyListCreateDeepCopy(CFAllocatorRef allocator,
                                                CFPropertyListRef propertyList,
                                                CFOptionFlags mutabilityOption) {
-  return guarded([&] { return Copier(allocator, mutabilityOption).copy(propertyList, 0).take(); });
+  return nullWithoutMemory(
+      [&] { return Copier(allocator, mutabilityOption).copy(propertyList, 0).take(); });
 }
 
 Boolean CFPropertyListIsValid(CFPropertyListRef propertyList, CFPropertyListFormat format) {
-  return guarded([&]() -> Boolean { return Validator(format).isValid(propertyList, 0); });
+  return nullWithoutMemory([&]() -> Boolean { return Validator(format).isValid(propertyList, 0); });
 }

@@ -28,8 +28,8 @@ enum class NodeKind {
 NodeKind nodeKind(CFTypeRef object);
 
 /// A dictionary's entries in the order in which they are written; nothing if a key is not text.
-using Entry = std::pair<CFStringRef, CFTypeRef>;
-std::optional<std::vector<Entry>> sortedEntries(CFTypeRef dictionary);
+using ListEntry = std::pair<CFStringRef, CFTypeRef>;
+std::optional<std::vector<ListEntry>> sortedEntries(CFTypeRef dictionary);
 
 /// The whole file. Null, with `to` in any state, is success; else the reason why it cannot be.
 const char* writeXML(CFPropertyListRef list, std::string& to);

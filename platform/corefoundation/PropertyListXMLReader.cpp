@@ -252,8 +252,8 @@ Held<CFTypeRef> XMLReader::readDocument() {
 
 bool XMLReader::appendEntity() {
   const std::size_t start = at;
-  constexpr std::size_t kLongest = 12;
-  const std::size_t length = text.substr(at, kLongest).find(';');
+  constexpr std::size_t kLongestEntity = 12;
+  const std::size_t length = text.substr(at, kLongestEntity).find(';');
   if (length == std::string_view::npos) return fail("the entity does not end");
   const std::string_view name = text.substr(at + 1, length - 1);
   at += length + 1;

@@ -9,7 +9,7 @@ namespace {
 
 // As every host numbers them.
 constexpr int kNoSuchFile = 2;
-constexpr int kNoMemory = 12;
+constexpr int kMemoryExhausted = 12;
 
 }  // namespace
 
@@ -27,7 +27,7 @@ int StreamFile::open(host::FilePurpose purpose) {
     if (!path) return kNoSuchFile;
     return file.open(*path, purpose) ? 0 : file.failure();
   } catch (const std::bad_alloc&) {
-    return kNoMemory;
+    return kMemoryExhausted;
   }
 }
 

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+namespace tests::base64 {
+
 using platform::corefoundation::appendBase64;
 using platform::corefoundation::parseBase64;
 
@@ -55,3 +57,5 @@ TEST(Base64, SaysWhereItIsWrong) {
   EXPECT_EQ(decoded("Zm9vY"), "fault at 4");
   EXPECT_EQ(decoded("Zm9v\xc3\xa9"), "fault at 4");
 }
+
+}  // namespace tests::base64

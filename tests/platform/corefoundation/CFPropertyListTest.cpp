@@ -9,7 +9,7 @@
 #include "tests/platform/corefoundation/PropertyListTesting.h"
 #include "tests/support/PrivateRoot.h"
 
-using namespace tests;
+namespace tests::propertyLists {
 
 namespace {
 
@@ -49,7 +49,7 @@ std::string changeable(const Held<CFTypeRef>& list) {
   setFlag(CFArrayGetValueAtIndex(static_cast<CFArrayRef>(change("list")), 0));
   setFlag(list.get());
   CFStringAppend(static_cast<CFMutableStringRef>(change("text")), CFSTR("b"));
-  CFDataAppendBytes(static_cast<CFMutableDataRef>(change("data")), bytesOf("1"), 1);
+  CFDataAppendBytes(static_cast<CFMutableDataRef>(change("data")), startOf("1"), 1);
   return shown(list.get());
 }
 
@@ -276,3 +276,5 @@ TEST(CFPropertyList, GivesUpACopyWhenThereIsNoMemory) {
   }
   EXPECT_GT(allowed, 5);
 }
+
+}  // namespace tests::propertyLists

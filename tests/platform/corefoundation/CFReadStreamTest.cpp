@@ -8,7 +8,7 @@
 #include "tests/platform/corefoundation/StreamTesting.h"
 #include "tests/support/PrivateRoot.h"
 
-using namespace tests;
+namespace tests::readStreams {
 
 namespace {
 
@@ -74,9 +74,9 @@ TEST(CFReadStream, LendsItsOwnMemory) {
   const auto stream = streamOf(kText);
   CFReadStreamOpen(stream.get());
   CFIndex count = -1;
-  EXPECT_EQ(CFReadStreamGetBuffer(stream.get(), 4, &count), bytesOf(kText));
+  EXPECT_EQ(CFReadStreamGetBuffer(stream.get(), 4, &count), startOf(kText));
   EXPECT_EQ(count, 4);
-  EXPECT_EQ(CFReadStreamGetBuffer(stream.get(), 0, &count), bytesOf(kText) + 4);
+  EXPECT_EQ(CFReadStreamGetBuffer(stream.get(), 0, &count), startOf(kText) + 4);
   EXPECT_EQ(count, 6);
   EXPECT_EQ(CFReadStreamGetBuffer(stream.get(), 0, &count), nullptr);
   EXPECT_EQ(count, 0);
@@ -111,7 +111,7 @@ TEST(CFReadStream, GivesItsBytesToTheirDeallocator) {
 
 TEST(CFReadStream, IsNotMadeOfBadArguments) {
   EXPECT_EQ(CFReadStreamCreateWithBytesNoCopy(nullptr, nullptr, 1, kCFAllocatorNull), nullptr);
-  EXPECT_EQ(CFReadStreamCreateWithBytesNoCopy(nullptr, bytesOf(kText), -1, kCFAllocatorNull),
+  EXPECT_EQ(CFReadStreamCreateWithBytesNoCopy(nullptr, startOf(kText), -1, kCFAllocatorNull),
             nullptr);
   EXPECT_EQ(CFReadStreamCreateWithFile(nullptr, nullptr), nullptr);
   for (const CFStringRef text : {CFSTR("http://localhost/a"), CFSTR("file://elsewhere/a")}) {
@@ -208,3 +208,5 @@ TEST_F(FileReadStream, TakesARelativeURL) {
   EXPECT_TRUE(CFReadStreamOpen(stream.get()));
   EXPECT_EQ(readAll(stream.get(), 100), kText);
 }
+
+}  // namespace tests::readStreams

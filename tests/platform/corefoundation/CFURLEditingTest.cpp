@@ -6,7 +6,7 @@
 
 #include "tests/platform/corefoundation/ObjectTesting.h"
 
-using namespace tests;
+namespace tests::urlEditing {
 
 namespace {
 
@@ -106,3 +106,5 @@ TEST(CFURLEditing, AddsEscapes) {
   EXPECT_EQ(escaped("é", nullptr, nullptr, kCFStringEncodingASCII), "<null>");
   EXPECT_EQ(escaped("a", nullptr, nullptr, kCFStringEncodingUTF16), "<null>");
 }
+
+}  // namespace tests::urlEditing

@@ -7,7 +7,7 @@
 
 #include "tests/platform/corefoundation/ObjectTesting.h"
 
-using namespace tests;
+namespace tests::urlPaths {
 
 namespace {
 
@@ -180,3 +180,5 @@ TEST(CFURLFileSystem, ReadsPathsInTheHFSStyle) {
   EXPECT_EQ(pathOf(urlOfPath("a/b", false, kCFURLHFSPathStyle)), "./a:b");
   EXPECT_EQ(pathOf(urlOfPath("Macintosh HD:a:", true, kCFURLHFSPathStyle)), "/a");
 }
+
+}  // namespace tests::urlPaths

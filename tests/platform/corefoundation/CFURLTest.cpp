@@ -7,7 +7,7 @@
 #include "tests/platform/corefoundation/CountingAllocator.h"
 #include "tests/platform/corefoundation/ObjectTesting.h"
 
-using namespace tests;
+namespace tests::urls {
 
 namespace {
 
@@ -189,3 +189,5 @@ TEST(CFURL, TakesAllItsMemoryFromItsAllocatorAndGivesItBack) {
   }
   EXPECT_EQ(allocator.blocks(), 0);
 }
+
+}  // namespace tests::urls

@@ -8,12 +8,12 @@
 #include "tests/platform/corefoundation/StreamTesting.h"
 #include "tests/support/PrivateRoot.h"
 
-using namespace tests;
+namespace tests::writeStreams {
 
 namespace {
 
 CFIndex write(const Held<CFWriteStreamRef>& stream, const std::string& text) {
-  return CFWriteStreamWrite(stream.get(), bytesOf(text), static_cast<CFIndex>(text.size()));
+  return CFWriteStreamWrite(stream.get(), startOf(text), static_cast<CFIndex>(text.size()));
 }
 
 CFStreamStatus statusOf(const Held<CFWriteStreamRef>& stream) {
@@ -70,7 +70,7 @@ TEST(CFWriteStream, WritesNothingUnlessItIsOpen) {
   EXPECT_EQ(write(stream, "a"), -1);
   CFWriteStreamOpen(stream.get());
   EXPECT_EQ(CFWriteStreamWrite(stream.get(), nullptr, 1), -1);
-  EXPECT_EQ(CFWriteStreamWrite(stream.get(), bytesOf("a"), -1), -1);
+  EXPECT_EQ(CFWriteStreamWrite(stream.get(), startOf("a"), -1), -1);
   CFWriteStreamClose(stream.get());
   EXPECT_EQ(write(stream, "a"), -1);
   EXPECT_EQ(written(stream), "");
@@ -139,7 +139,7 @@ TEST(CFWriteStream, AnswersNothingForWhatIsNoStream) {
     CFWriteStreamClose(none);
     EXPECT_EQ(CFWriteStreamGetStatus(none), kCFStreamStatusNotOpen);
     EXPECT_EQ(CFWriteStreamGetError(none).error, 0);
-    EXPECT_EQ(CFWriteStreamWrite(none, bytesOf("a"), 1), -1);
+    EXPECT_EQ(CFWriteStreamWrite(none, startOf("a"), 1), -1);
     EXPECT_EQ(CFWriteStreamCopyProperty(none, kCFStreamPropertyDataWritten), nullptr);
     EXPECT_FALSE(CFWriteStreamSetProperty(none, kCFStreamPropertyAppendToFile, kCFBooleanTrue));
   }
@@ -211,3 +211,5 @@ TEST_F(FileWriteStream, SaysThatTheDiskIsFull) {
   EXPECT_EQ(statusOf(stream), kCFStreamStatusError);
   EXPECT_EQ(CFWriteStreamGetError(stream.get()).error, ENOSPC);
 }
+
+}  // namespace tests::writeStreams

@@ -9,6 +9,8 @@
 
 #include "tests/support/StressCount.h"
 
+namespace tests::calendarDates {
+
 using platform::corefoundation::formatDate;
 using platform::corefoundation::parseDate;
 
@@ -60,3 +62,5 @@ TEST(CalendarDate, SurvivesBeingWritten) {
     EXPECT_EQ(parseDate(formatDate(time).value_or("")).value_or(0.5), time);
   }
 }
+
+}  // namespace tests::calendarDates

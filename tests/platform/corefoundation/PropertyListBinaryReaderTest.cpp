@@ -6,7 +6,8 @@
 
 #include "tests/platform/corefoundation/PropertyListTesting.h"
 
-using namespace tests;
+namespace tests::binaryReading {
+
 using namespace std::string_literals;
 
 namespace {
@@ -230,7 +231,7 @@ TEST(PropertyListBinary, DoesNotShareWhatCanBeChanged) {
   };
   CFArrayAppendValue(static_cast<CFMutableArrayRef>(at(0)), kCFBooleanTrue);
   CFStringAppend(static_cast<CFMutableStringRef>(at(2)), CFSTR("1"));
-  CFDataAppendBytes(static_cast<CFMutableDataRef>(at(4)), bytesOf("2"), 1);
+  CFDataAppendBytes(static_cast<CFMutableDataRef>(at(4)), startOf("2"), 1);
   CFDictionaryRemoveAllValues(static_cast<CFMutableDictionaryRef>(at(6)));
   EXPECT_EQ(shown(array), "((true), (), \"x1\", \"x\", <7932>, <79>, {}, {CF$UID=1})");
 }
@@ -302,3 +303,5 @@ TEST(PropertyListBinary, CostsLittleForManyReferencesToALongText) {
   const auto last = static_cast<CFStringRef>(CFArrayGetValueAtIndex(array, kReferences - 1));
   EXPECT_EQ(CFStringGetLength(last), 1000000);
 }
+
+}  // namespace tests::binaryReading

@@ -6,7 +6,8 @@
 
 #include "tests/platform/corefoundation/PropertyListTesting.h"
 
-using namespace tests;
+namespace tests::binaryWriting {
+
 using namespace std::string_literals;
 
 namespace {
@@ -138,3 +139,5 @@ TEST(PropertyListBinaryWriter, RefusesAContainerWithinItself) {
   EXPECT_EQ(asBinary(array.get()), reason);
   EXPECT_EQ(asXML(array.get()), reason);
 }
+
+}  // namespace tests::binaryWriting

@@ -6,7 +6,8 @@
 
 #include "tests/platform/corefoundation/PropertyListTesting.h"
 
-using namespace tests;
+namespace tests::oldStyleReading {
+
 using namespace std::string_literals;
 
 namespace {
@@ -113,3 +114,5 @@ TEST(PropertyListOldStyle, ReadsAsDeeplyAsItMay) {
   EXPECT_EQ(meaning(nested(513)), "! line 1, column 1025: the nesting is too deep");
   EXPECT_EQ(meaning(nested(100000)), "! line 1, column 1025: the nesting is too deep");
 }
+
+}  // namespace tests::oldStyleReading

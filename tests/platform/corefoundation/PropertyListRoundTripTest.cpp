@@ -10,7 +10,7 @@
 #include "tests/platform/corefoundation/PropertyListTesting.h"
 #include "tests/support/StressCount.h"
 
-using namespace tests;
+namespace tests::roundTrips {
 
 namespace {
 
@@ -160,3 +160,5 @@ TEST(PropertyListRoundTrip, TakesNoPartOfAFileForTheWhole) {
     }
   }
 }
+
+}  // namespace tests::roundTrips

@@ -19,7 +19,7 @@
 namespace tests {
 
 inline Held<CFDataRef> dataHolding(const std::string& bytes) {
-  return Held<CFDataRef>(CFDataCreate(nullptr, bytesOf(bytes), static_cast<CFIndex>(bytes.size())));
+  return Held<CFDataRef>(CFDataCreate(nullptr, startOf(bytes), static_cast<CFIndex>(bytes.size())));
 }
 
 /// Null if it cannot be read, and then *error (may be null) says why.

@@ -5,7 +5,7 @@
 
 #include "tests/platform/corefoundation/PropertyListTesting.h"
 
-using namespace tests;
+namespace tests::xmlReading {
 
 namespace {
 
@@ -229,3 +229,5 @@ TEST(PropertyListXML, ReadsAsDeeplyAsItMay) {
   EXPECT_EQ(meaning(nested(513)), "! line 1, column 4865: the nesting is too deep");
   EXPECT_EQ(meaning(nested(100000)), "! line 1, column 4865: the nesting is too deep");
 }
+
+}  // namespace tests::xmlReading

@@ -6,7 +6,7 @@
 
 #include "tests/platform/corefoundation/PropertyListTesting.h"
 
-using namespace tests;
+namespace tests::xmlWriting {
 
 namespace {
 
@@ -127,3 +127,5 @@ TEST(PropertyListXMLWriter, RefusesKeysThatAreNotText) {
   EXPECT_EQ(asXML(dictionary.get()), "<a key is not text>");
   EXPECT_EQ(asBinary(dictionary.get()), "<a key is not text>");
 }
+
+}  // namespace tests::xmlWriting

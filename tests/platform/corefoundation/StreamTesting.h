@@ -15,7 +15,7 @@
 
 namespace tests {
 
-inline const UInt8* bytesOf(const std::string& text) {
+inline const UInt8* startOf(const std::string& text) {
   return reinterpret_cast<const UInt8*>(text.data());
 }
 
@@ -28,13 +28,13 @@ inline std::string bytesIn(CFDataRef data) {
 /// The text must outlive the stream.
 inline Held<CFReadStreamRef> streamOf(const std::string& text) {
   return Held<CFReadStreamRef>(CFReadStreamCreateWithBytesNoCopy(
-      nullptr, bytesOf(text), static_cast<CFIndex>(text.size()), kCFAllocatorNull));
+      nullptr, startOf(text), static_cast<CFIndex>(text.size()), kCFAllocatorNull));
 }
 
 inline Held<CFURLRef> urlOfFile(const std::filesystem::path& path) {
   const std::string text = path.string();
   return Held<CFURLRef>(CFURLCreateFromFileSystemRepresentation(
-      nullptr, bytesOf(text), static_cast<CFIndex>(text.size()), false));
+      nullptr, startOf(text), static_cast<CFIndex>(text.size()), false));
 }
 
 inline std::string contentsOf(const std::filesystem::path& path) {

@@ -1,6 +1,6 @@
 // Licence: MIT, see LICENSE.
-#ifndef PLATFORM_COREFOUNDATION_GUARDED_H
-#define PLATFORM_COREFOUNDATION_GUARDED_H
+#ifndef PLATFORM_COREFOUNDATION_WITHOUTMEMORY_H
+#define PLATFORM_COREFOUNDATION_WITHOUTMEMORY_H
 
 #include <new>
 
@@ -8,7 +8,7 @@ namespace platform::corefoundation {
 
 /// Runs the body of a call, turning exhausted memory into the result's null, 0 or false.
 template <typename Call>
-auto guarded(Call call) -> decltype(call()) {
+auto nullWithoutMemory(Call call) -> decltype(call()) {
   try {
     return call();
   } catch (const std::bad_alloc&) {
