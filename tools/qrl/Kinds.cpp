@@ -26,7 +26,7 @@ using MaybeString = std::optional<std::string>;
 // -------------------------------------------------------------------------------------
 
 template <typename T>
-std::string bytesOf(T value) {
+std::string rawBytesOf(T value) {
   return std::string(reinterpret_cast<const char*>(&value), sizeof value);
 }
 
@@ -70,7 +70,7 @@ constexpr Kind numberKind(OSType type) {
           sizeof(T),
           sizeof(T),
           false,
-          [](std::string_view text) { return bytesOf(parseNumber<T>(text)); },
+          [](std::string_view text) { return rawBytesOf(parseNumber<T>(text)); },
           [](const std::string& bytes) { return MaybeString(formatNumber(numberIn<T>(bytes))); },
           [](const std::string& bytes) { return MaybeJson(numberJson(numberIn<T>(bytes))); }};
 }
@@ -97,7 +97,7 @@ constexpr Kind codeKind(OSType type) {
           4,
           4,
           true,
-          [](std::string_view text) { return bytesOf(parseCode(text)); },
+          [](std::string_view text) { return rawBytesOf(parseCode(text)); },
           [](const std::string& bytes) { return MaybeString(formatCodeIn(bytes)); },
           [](const std::string& bytes) { return MaybeJson(formatCodeIn(bytes)); }};
 }
@@ -194,7 +194,7 @@ const Kind kKinds[] = {
     codeKind(typeProperty),
     codeKind(typeApplSignature),
     {typeProcessSerialNumber, 8, 4, false,
-     [](std::string_view text) { return bytesOf(parseSerialNumber(text)); },
+     [](std::string_view text) { return rawBytesOf(parseSerialNumber(text)); },
      [](const std::string& bytes) { return MaybeString(formatSerialNumberIn(bytes)); },
      [](const std::string& bytes) { return MaybeJson(formatSerialNumberIn(bytes)); }},
     {typeChar, 0, 1, true, parseMacRoman, formatMacRoman,
