@@ -66,12 +66,20 @@ host::Result<Directory> ownDirectory() {
   return own().at(host::userNameSpacePath(), NameDirectory::Make::kYes);
 }
 
+host::Result<Directory> searchedFirst() {
+  return own().at(host::userNameSpacePath(), NameDirectory::Make::kNo);
+}
+
+host::Result<Directory> searchedThen() {
+  const std::string path = host::systemNameSpacePath();
+  if (path == host::userNameSpacePath()) return host::Error::kNotFound;
+  return systems().at(path, NameDirectory::Make::kNo);
+}
+
 SearchList searchedDirectories() {
   SearchList list;
-  const std::string ownPath = host::userNameSpacePath();
-  const std::string systemPath = host::systemNameSpacePath();
-  append(list, own().at(ownPath, NameDirectory::Make::kNo));
-  if (ownPath != systemPath) append(list, systems().at(systemPath, NameDirectory::Make::kNo));
+  append(list, searchedFirst());
+  append(list, searchedThen());
   return list;
 }
 

@@ -25,7 +25,12 @@ using Directory = std::shared_ptr<host::NameDirectory>;
 /// The directory in which this process registers names, made if need be.
 host::Result<Directory> ownDirectory();
 
-/// The directories in which names are looked for, those that exist, in their order. `refusal` tells
+/// The directories in which names are looked for, one after the other: this user's own, and the
+/// system's. kNotFound for one that does not exist, or is the other one.
+host::Result<Directory> searchedFirst();
+host::Result<Directory> searchedThen();
+
+/// Both, those that exist, in their order. `refusal` tells
 /// why one was left out that there is: it is not safe to use, or the host had no descriptor for it.
 struct SearchList {
   std::vector<Directory> directories;

@@ -95,27 +95,36 @@ kern_return_t adopt(host::NamedConnection found, mach_port_name_t* port) {
   return result;
 }
 
+/// Whether a socket could turn out to be known.
+bool knowsAnySocket() {
+  const Lock lock(space().mutex);
+  return !space().listeners.empty() || !space().made.empty();
+}
+
 kern_return_t lookUpInDirectory(const host::NameDirectory& directory, const char* folder,
                                 const char* name, mach_port_name_t* port) {
-  const host::Result<host::SocketIdentity> identity = directory.identify(folder, name);
-  if (!identity) return codeOf(identity.error(), BOOTSTRAP_UNKNOWN_SERVICE);
-  const kern_return_t known = findKnown(*identity, port);
-  if (known != BOOTSTRAP_UNKNOWN_SERVICE) return known;
+  if (knowsAnySocket()) {
+    const host::Result<host::SocketIdentity> identity = directory.identify(folder, name);
+    if (!identity) return codeOf(identity.error(), BOOTSTRAP_UNKNOWN_SERVICE);
+    const kern_return_t known = findKnown(*identity, port);
+    if (known != BOOTSTRAP_UNKNOWN_SERVICE) return known;
+  }
   host::Result<host::NamedConnection> found = directory.connect(folder, name);
   if (!found) return codeOf(found.error(), BOOTSTRAP_UNKNOWN_SERVICE);
   return adopt(std::move(*found), port);
 }
 
+/// The system's directory is opened only when the user's own does not have the name.
 kern_return_t lookUp(const char* folder, const char* name, mach_port_name_t* port) {
-  const SearchList list = searchedDirectories();
-  kern_return_t first =
-      list.refusal ? codeOf(*list.refusal, BOOTSTRAP_UNKNOWN_SERVICE) : BOOTSTRAP_UNKNOWN_SERVICE;
-  for (const Directory& directory : list.directories) {
-    const kern_return_t result = lookUpInDirectory(*directory, folder, name, port);
+  kern_return_t answer = BOOTSTRAP_UNKNOWN_SERVICE;
+  for (const auto searched : {searchedFirst, searchedThen}) {
+    const host::Result<Directory> directory = searched();
+    const kern_return_t result = directory ? lookUpInDirectory(**directory, folder, name, port)
+                                           : codeOf(directory.error(), BOOTSTRAP_UNKNOWN_SERVICE);
     if (result == KERN_SUCCESS) return result;
-    if (first == BOOTSTRAP_UNKNOWN_SERVICE) first = result;
+    if (answer == BOOTSTRAP_UNKNOWN_SERVICE) answer = result;
   }
-  return first;
+  return answer;
 }
 
 // Registering
