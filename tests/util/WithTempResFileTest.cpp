@@ -107,12 +107,14 @@ TEST_F(TempResFile, ClosesOnce) {
 TEST_F(TempResFile, GoesBackToTheFileOfTheBeginning) {
   const FSSpec spec = makeTextFile("file", "text");
   const SInt16 first = makeFile("first");
+  SInt16 later = kResFileNotOpened;
   {
     const WithTempResFile file(&spec, fsRdPerm);
-    makeFile("later");
+    later = makeFile("later");
   }
   EXPECT_EQ(CurResFile(), first);
   UseResFile(bottom);
+  CloseResFile(later);
   CloseResFile(first);
 }
 
