@@ -71,8 +71,8 @@ TEST_F(Packets, CountUntilTheyAreTaken) {
   EXPECT_EQ(0u, untakenBytes(pair.first));
   ASSERT_TRUE(sendPacket(pair.first, text("head"), {}, nullptr));
   EXPECT_GE(untakenBytes(pair.first), 4u);
-  std::vector<std::byte> buffer(10);
-  ASSERT_TRUE(receivePacket(pair.second, buffer));
+  std::vector<std::byte> room(10);
+  ASSERT_TRUE(receivePacket(pair.second, room));
   EXPECT_EQ(0u, untakenBytes(pair.first));
 }
 
@@ -150,7 +150,7 @@ TEST_F(Packets, AreWholeOnEitherSideOfWhatCountsAsSmall) {
 constexpr Nanoseconds kSecond = 1'000'000'000;
 
 TEST_F(Packets, AreAwaitedUntilTheyCome) {
-  std::thread sender([&] { sendPacket(pair.first, text("late"), {}, nullptr); });
+  std::thread sender([&] { EXPECT_TRUE(sendPacket(pair.first, text("late"), {}, nullptr)); });
   ReceivePatience patience;
   const auto packet = awaitPacket(pair.second, buffer, Deadline::after(60 * kSecond), patience);
   sender.join();
