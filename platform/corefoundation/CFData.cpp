@@ -4,17 +4,15 @@
 
 #include <algorithm>
 #include <limits>
-#include <span>
 
 #include "platform/corefoundation/CFRuntime.h"
 #include "platform/corefoundation/GrowingBuffer.h"
 #include "platform/corefoundation/MutableSharing.h"
+#include "platform/corefoundation/StringEncodings.h"
 
 namespace platform::corefoundation {
 
 namespace {
-
-using Bytes = std::span<const UInt8>;
 
 constexpr std::size_t kHashedBytes = 256;
 constexpr std::size_t kDescribedBytes = 24;

@@ -24,17 +24,19 @@ typedef CFTypeRef CFPropertyListRef;
 
 /* What of a property list that is made can be changed: nothing; its arrays and dictionaries; its
  * strings (but keys) and data too. */
-typedef enum {
+typedef CFOptionFlags CFPropertyListMutabilityOptions;
+enum {
   kCFPropertyListImmutable = 0,
   kCFPropertyListMutableContainers = 1,
   kCFPropertyListMutableContainersAndLeaves = 2
-} CFPropertyListMutabilityOptions;
+};
 
-typedef enum {
+typedef SInt32 CFPropertyListFormat;
+enum {
   kCFPropertyListOpenStepFormat = 1,
   kCFPropertyListXMLFormat_v1_0 = 100,
   kCFPropertyListBinaryFormat_v1_0 = 200
-} CFPropertyListFormat;
+};
 
 EXTERN_API_BEGIN
 

@@ -20,7 +20,8 @@
 
 typedef const struct __CFURL* CFURLRef;
 
-typedef enum { kCFURLPOSIXPathStyle = 0, kCFURLHFSPathStyle = 1 } CFURLPathStyle;
+typedef SInt32 CFURLPathStyle;
+enum { kCFURLPOSIXPathStyle = 0, kCFURLHFSPathStyle = 1 };
 
 EXTERN_API_BEGIN
 
