@@ -76,6 +76,12 @@ OSErr waitForTurn(SInt32 timeOutInTicks, NMRecPtr notification, AEIdleUPP idle) 
 
 }  // namespace
 
+bool awaitTurn(const std::function<bool()>& givesUp) {
+  if (CFRunLoopGetCurrent() != CFRunLoopGetMain()) return true;
+  if (InteractionTurn::ours().take() == InteractionTurn::Answer::kOurs) return true;
+  return UserWait(nullptr, host::Deadline::never()).runUnless(givesUp);
+}
+
 void setNoticeCalls(NoticeCalls calls) { noticeCalls = calls; }
 
 }  // namespace platform::events

@@ -3,17 +3,25 @@
 // Main thread.
 //
 // Only one process of a session interacts with the user at a time: it has the turn, until it gives
-// it up or dies. AEInteractWithUser waits for the turn; whatever is then shown holds it.
+// it up or dies. AEInteractWithUser waits for the turn, and so does what is shown without it;
+// whatever is up holds it.
 #ifndef PLATFORM_EVENTS_INTERACTION_H
 #define PLATFORM_EVENTS_INTERACTION_H
 
 #include <HIToolbox/Notification.h>
 
+#include <functional>
+
 namespace platform::events {
 
+/// Waits until this process has the turn, so that what two processes want to show at once comes one
+/// after the other. The main loop goes on meanwhile; after everything that it has served `givesUp`
+/// is asked whether there is still something to wait for. False when it says so. Nobody waits off
+/// the main thread, or where it cannot be told who has the turn.
+bool awaitTurn(const std::function<bool()>& givesUp);
+
 /// Something that is up and waits for the user. Takes the turn if it can be had at once and keeps
-/// it while it exists; with the last of several it is given up. Where another process has the turn
-/// this is without effect: a program that shows an alert without waiting for its turn shows it.
+/// it while it exists; with the last of several it is given up.
 class Presentation final {
  public:
   Presentation();

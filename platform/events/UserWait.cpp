@@ -34,6 +34,7 @@ UserWait::UserWait(AEIdleUPP idleProcedure, host::Deadline end)
 
 UserWait::~UserWait() {
   if (notice) CFMachPortInvalidate(notice.get());
+  if (wasStopped) CFRunLoopStop(CFRunLoopGetMain());
 }
 
 void UserWait::told(CFMachPortRef, void*, CFIndex, void* info) {
@@ -47,6 +48,14 @@ OSErr UserWait::run() {
     if (deadline.remaining() == 0) return errAETimeout;
     sleep();
   }
+}
+
+bool UserWait::runUnless(const std::function<bool()>& givesUp) {
+  while (!tookTurn()) {
+    if (givesUp()) return false;
+    sleep();
+  }
+  return true;
 }
 
 // Between finding the turn taken and asking to be told of its end, the end may come. Where that
@@ -77,14 +86,15 @@ bool UserWait::call(const EventRecord& record) {
   return InvokeAEIdleUPP(&offered, &idleTicks, &mouseRegion, idle);
 }
 
-void UserWait::sleep() const {
+void UserWait::sleep() {
   const host::Nanoseconds left = deadline.remaining();
   const host::Nanoseconds idling =
       idle == nullptr ? std::numeric_limits<host::Nanoseconds>::max()
                       : host::ticksSpan(static_cast<UInt32>(std::max<SInt32>(idleTicks, 1)));
   const auto seconds = static_cast<CFTimeInterval>(std::min(left, idling)) /
                        static_cast<CFTimeInterval>(host::kNanosecondsPerSecond);
-  CFRunLoopRunInMode(kCFRunLoopDefaultMode, seconds, true);
+  const SInt32 why = CFRunLoopRunInMode(kCFRunLoopDefaultMode, seconds, true);
+  wasStopped = wasStopped || why == kCFRunLoopRunStopped;
 }
 
 }  // namespace platform::events

@@ -8,6 +8,8 @@
 #include <CoreFoundation/CFRunLoop.h>
 #include <HIToolbox/Events.h>
 
+#include <functional>
+
 #include "platform/corefoundation/CFRuntime.h"
 #include "platform/events/EventSource.h"
 #include "platform/host/Clock.h"
@@ -23,12 +25,14 @@ class UserWait final {
 
   /// noErr when the turn is ours, else errAEWaitCanceled or errAETimeout.
   OSErr run();
+  /// True when the turn is ours, false once `givesUp` says so. Without an idle procedure.
+  bool runUnless(const std::function<bool()>& givesUp);
 
  private:
   bool tookTurn();
   bool idleEnds();
   bool call(const EventRecord& record);
-  void sleep() const;
+  void sleep();
   static void told(CFMachPortRef port, void* message, CFIndex size, void* info);
 
   AEIdleUPP idle;
@@ -38,6 +42,7 @@ class UserWait final {
   SInt32 idleTicks = 0;
   RgnHandle mouseRegion = nullptr;
   bool mayBeFree = true;
+  bool wasStopped = false;  // the loop, for whose run the stop was not meant
   corefoundation::Held<CFMachPortRef> notice;
   corefoundation::Held<CFRunLoopSourceRef> noticeSource;
 };

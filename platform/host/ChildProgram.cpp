@@ -3,7 +3,7 @@
 
 #include <fcntl.h>
 #include <signal.h>
-#include <spawn.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -21,61 +21,91 @@ constexpr const char* kNullDevice = "/dev/null";
 constexpr Nanoseconds kGracePeriod = 2'000'000'000;
 constexpr int kLifeDescriptor = 3;  // its number in the program
 
-class SpawnSettings final {
+int signalOf(ChildProgram::Ending ending) {
+  return ending == ChildProgram::Ending::kInterrupt ? SIGINT : SIGTERM;
+}
+
+/// What is between the fork and the program: only what a signal handler might call, since other
+/// threads of this process may have held any lock.
+class Start final {
  public:
-  explicit SpawnSettings(int life) {
-    ::posix_spawn_file_actions_init(&actions);
-    ::posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, kNullDevice, O_RDONLY, 0);
-    ::posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, kNullDevice, O_WRONLY, 0);
-    ::posix_spawn_file_actions_adddup2(&actions, life, kLifeDescriptor);
+  /// Both descriptors may stand where others are to be, and are put aside.
+  Start(int life, int report)
+      : lifeAside(::fcntl(life, F_DUPFD_CLOEXEC, kLifeDescriptor + 1)),
+        reportAside(::fcntl(report, F_DUPFD_CLOEXEC, kLifeDescriptor + 1)) {}
+
+  [[noreturn]] void become(char* const* arguments, int endingSignal, pid_t parent) const {
+    // A parent that died before it was asked for the signal would leave the program behind.
+    if (::prctl(PR_SET_PDEATHSIG, endingSignal) == -1 || ::getppid() != parent) giveUp();
+    place(::open(kNullDevice, O_RDONLY | O_CLOEXEC), STDIN_FILENO);
+    place(::open(kNullDevice, O_WRONLY | O_CLOEXEC), STDOUT_FILENO);
+    place(lifeAside, kLifeDescriptor);
     // The caller's mask is this thread's, not the program's.
-    ::posix_spawnattr_init(&attributes);
     sigset_t none;
     sigemptyset(&none);
-    ::posix_spawnattr_setsigmask(&attributes, &none);
-    ::posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK);
+    ::sigprocmask(SIG_SETMASK, &none, nullptr);
+    ::execve(arguments[0], arguments, environ);
+    giveUp();
   }
-  ~SpawnSettings() {
-    ::posix_spawn_file_actions_destroy(&actions);
-    ::posix_spawnattr_destroy(&attributes);
-  }
-  SpawnSettings(const SpawnSettings&) = delete;
-  SpawnSettings& operator=(const SpawnSettings&) = delete;
 
-  posix_spawn_file_actions_t actions;
-  posix_spawnattr_t attributes;
+ private:
+  [[noreturn]] void giveUp() const {
+    const int why = errno;
+    static_cast<void>(!::write(reportAside, &why, sizeof why));
+    ::_exit(1);
+  }
+  void place(int descriptor, int number) const {
+    const bool isThere = descriptor == number;  // and would not last beyond the program's start
+    if ((isThere ? ::fcntl(number, F_SETFD, 0) : ::dup2(descriptor, number)) == -1) giveUp();
+  }
+
+  int lifeAside;
+  int reportAside;
 };
 
 }  // namespace
 
-Result<ChildProgram> ChildProgram::start(const std::vector<std::string>& command) {
-  // Not every host reports it when the program cannot be run: under emulation it seems to have
-  // started.
-  if (::access(command.front().c_str(), X_OK) != 0) return lastError();
-  std::array<int, 2> ends{};
-  if (::pipe2(ends.data(), O_CLOEXEC) != 0) return lastError();
-  Descriptor ours(ends[0]);
-  Descriptor theirs(ends[1]);
+Result<ChildProgram> ChildProgram::start(const std::vector<std::string>& command, Ending ending) {
+  std::array<int, 2> lifeEnds{};
+  std::array<int, 2> reportEnds{};
+  if (::pipe2(lifeEnds.data(), O_CLOEXEC) != 0) return lastError();
+  Descriptor life(lifeEnds[0]);
+  Descriptor theirLife(lifeEnds[1]);
+  if (::pipe2(reportEnds.data(), O_CLOEXEC) != 0) return lastError();
+  const Descriptor report(reportEnds[0]);
+  Descriptor theirReport(reportEnds[1]);
 
   std::vector<char*> arguments;
   for (const std::string& argument : command) {
     arguments.push_back(const_cast<char*>(argument.c_str()));
   }
   arguments.push_back(nullptr);
-  SpawnSettings settings(theirs.number());
-  pid_t started = -1;
-  errno = ::posix_spawn(&started, arguments[0], &settings.actions, &settings.attributes,
-                        arguments.data(), environ);
-  if (errno != 0) return lastError();
-  return ChildProgram(started, std::move(ours));
+  const pid_t parent = ::getpid();
+  const pid_t started = ::fork();
+  if (started == -1) return lastError();
+  if (started == 0) {
+    Start(theirLife.number(), theirReport.number())
+        .become(arguments.data(), signalOf(ending), parent);
+  }
+  // Until it runs: then the report's other end is closed without a word.
+  ChildProgram program(started, signalOf(ending), std::move(life));
+  theirReport = Descriptor();
+  int why = 0;
+  if (retry([&] { return ::read(report.number(), &why, sizeof why); }) > 0) {
+    errno = why;
+    return lastError();
+  }
+  return program;
 }
 
 ChildProgram::ChildProgram(ChildProgram&& other) noexcept
-    : process(std::exchange(other.process, -1)), life(std::move(other.life)) {}
+    : process(std::exchange(other.process, -1)),
+      endingSignal(other.endingSignal),
+      life(std::move(other.life)) {}
 
 ChildProgram::~ChildProgram() {
   if (process == -1) return;
-  ::kill(process, SIGTERM);
+  ::kill(process, endingSignal);
   std::array<Interest, 1> end{Interest{&life}};
   if (!waitForAny(end, Deadline::after(kGracePeriod))) ::kill(process, SIGKILL);
   static_cast<void>(collect());

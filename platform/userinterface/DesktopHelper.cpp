@@ -1,7 +1,9 @@
 // Licence: MIT, see LICENSE.
 #include "platform/userinterface/DesktopHelper.h"
 
+#include <algorithm>
 #include <cstdlib>
+#include <filesystem>
 
 #include "platform/host/ProgramPath.h"
 
@@ -12,6 +14,8 @@ using Arguments = std::vector<std::string>;
 
 // Statuses of buttons begin here, clear of those that tell of errors.
 constexpr int kFirstButtonStatus = 101;
+
+constexpr std::string_view kKDEHelper = "kdialog";
 
 bool isSet(const char* variable) {
   const char* value = std::getenv(variable);
@@ -44,13 +48,51 @@ Arguments zenityArguments(const AlertContents& alert) {
   return arguments;
 }
 
-Arguments kdialogArguments(const AlertContents& alert) {
-  if (alert.buttons.size() == 1) {
-    return {"--title=" + alert.title, "--ok-label=" + alert.buttons[0].label,
-            "--msgbox=" + bodyOf(alert)};
+/// A text for those who read markup in it, so that they show it as it stands.
+std::string escaped(const std::string& text, const char* lineBreak) {
+  std::string result;
+  for (const char character : text) {
+    switch (character) {
+      case '&':
+        result += "&amp;";
+        break;
+      case '<':
+        result += "&lt;";
+        break;
+      case '>':
+        result += "&gt;";
+        break;
+      case '\n':
+        result += lineBreak;
+        break;
+      default:
+        result += character;
+    }
   }
-  return {"--title=" + alert.title, "--yes-label=" + alert.buttons[0].label,
-          "--no-label=" + alert.buttons[1].label, "--yesno=" + bodyOf(alert)};
+  return result;
+}
+
+/// kdialog takes a text for markup if it looks like that.
+std::string kdialogText(const std::string& text) {
+  if (text.find('<') == std::string::npos) return text;
+  return "<qt>" + escaped(text, "<br>") + "</qt>";
+}
+
+/// Where '&' marks the letter to press, two of them are one that is shown.
+std::string kdialogLabel(const std::string& label) {
+  std::string result;
+  for (const char character : label) result.append(character == '&' ? 2 : 1, character);
+  return result;
+}
+
+Arguments kdialogArguments(const AlertContents& alert) {
+  const std::string text = kdialogText(bodyOf(alert));
+  const std::string first = kdialogLabel(alert.buttons[0].label);
+  if (alert.buttons.size() == 1) {
+    return {"--title=" + alert.title, "--ok-label=" + first, "--msgbox=" + text};
+  }
+  return {"--title=" + alert.title, "--yes-label=" + first,
+          "--no-label=" + kdialogLabel(alert.buttons[1].label), "--yesno=" + text};
 }
 
 /// A label without the characters that separate labels.
@@ -83,25 +125,50 @@ DialogItemIndex itemForButtonStatus(const AlertContents& alert, int status) {
 
 }  // namespace
 
-Desktop currentDesktop() { return {isSet("DISPLAY"), isSet("WAYLAND_DISPLAY")}; }
+Desktop currentDesktop() {
+  const char* names = std::getenv("XDG_CURRENT_DESKTOP");  // separated by colons
+  const std::string listed = ":" + std::string(names == nullptr ? "" : names) + ":";
+  return {isSet("DISPLAY"), isSet("WAYLAND_DISPLAY"), listed.find(":KDE:") != std::string::npos};
+}
 
 const std::vector<DesktopHelper>& desktopHelpers() {
   // Not a plain array, so that it outlives whoever asks late.
   static const auto* helpers = new std::vector<DesktopHelper>{
       {"zenity", false, 2, zenityArguments, itemForYesOrNo},
-      {"kdialog", false, 2, kdialogArguments, itemForYesOrNo},
+      {kKDEHelper, false, 2, kdialogArguments, itemForYesOrNo},
       {"xmessage", true, 100, xmessageArguments, itemForButtonStatus}};
   return *helpers;
 }
 
 std::optional<FoundHelper> findHelper(const AlertContents& alert, Desktop desktop) {
   if (alert.buttons.empty()) return std::nullopt;
-  for (const DesktopHelper& helper : desktopHelpers()) {
-    const bool works = desktop.hasX || (desktop.hasWayland && !helper.needsX);
-    if (!works || alert.buttons.size() > helper.mostButtons) continue;
-    if (auto path = host::findProgram(helper.program)) return FoundHelper{&helper, *path};
+  std::vector<const DesktopHelper*> candidates;
+  for (const DesktopHelper& helper : desktopHelpers()) candidates.push_back(&helper);
+  std::ranges::stable_partition(candidates, [desktop](const DesktopHelper* helper) {
+    return desktop.isKDE && helper->program == kKDEHelper;
+  });
+  for (const DesktopHelper* helper : candidates) {
+    const bool works = desktop.hasX || (desktop.hasWayland && !helper->needsX);
+    if (!works || alert.buttons.size() > helper->mostButtons) continue;
+    if (auto path = host::findProgram(std::string(helper->program)))
+      return FoundHelper{helper, *path};
   }
   return std::nullopt;
+}
+
+std::optional<Arguments> noticeCommand(const NoticeContents& notice, Desktop desktop) {
+  if (!desktop.hasX && !desktop.hasWayland) return std::nullopt;
+  const auto program = host::findProgram("notify-send");
+  if (!program) return std::nullopt;
+  const auto name = std::filesystem::path(host::programPath()).filename().string();
+  // Whoever shows the notice may read markup in what follows the first line.
+  const std::size_t firstLine = std::min(notice.text.find('\n'), notice.text.size());
+  const std::string rest = notice.text.substr(std::min(firstLine + 1, notice.text.size()));
+  Arguments command{*program, "--wait", "--urgency=critical", "--expire-time=0",
+                    "--app-name=" + name};
+  if (notice.hasSound) command.emplace_back("--hint=string:sound-name:bell");
+  command.insert(command.end(), {"--", notice.text.substr(0, firstLine), escaped(rest, "\n")});
+  return command;
 }
 
 }  // namespace platform::userinterface

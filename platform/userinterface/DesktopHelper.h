@@ -6,6 +6,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "platform/userinterface/Presenter.h"
@@ -13,7 +14,7 @@
 namespace platform::userinterface {
 
 struct DesktopHelper {
-  const char* program;
+  std::string_view program;
   bool needsX;              // works with DISPLAY alone, not with WAYLAND_DISPLAY
   std::size_t mostButtons;  // that it can show
   /// What follows the program's name to show an alert.
@@ -25,12 +26,13 @@ struct DesktopHelper {
 struct Desktop {
   bool hasX = false;
   bool hasWayland = false;
+  bool isKDE = false;
 };
 
 /// The desktop that the environment names.
 Desktop currentDesktop();
 
-/// The helpers in the order of preference.
+/// The helpers for alerts in the order of preference; on KDE its own goes first.
 const std::vector<DesktopHelper>& desktopHelpers();
 
 /// The first helper that can show the alert on that desktop and is installed, and its path.
@@ -39,6 +41,12 @@ struct FoundHelper {
   std::string path;
 };
 std::optional<FoundHelper> findHelper(const AlertContents& alert, Desktop desktop);
+
+/// The program that shows notices until they are dismissed, and how it is called; nothing where it
+/// is not installed or there is no desktop. Interrupted, it takes the notice off the screen; its
+/// status is 0 once the notice was dismissed.
+std::optional<std::vector<std::string>> noticeCommand(const NoticeContents& notice,
+                                                      Desktop desktop);
 
 }  // namespace platform::userinterface
 

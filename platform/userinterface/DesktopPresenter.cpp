@@ -1,11 +1,12 @@
 // Licence: MIT, see LICENSE.
-// Alerts as windows of the desktop, each shown by a helper program that a thread of its own waits
-// for. Notices do not go this way yet: they take the next one.
+// Alerts and notices as windows of the desktop, each shown by a helper program. A thread of its own
+// starts the helper and waits for it, since the host ends a helper with the thread that started it.
 #include <system_error>
 #include <thread>
 #include <utility>
 
 #include "platform/host/ChildProgram.h"
+#include "platform/host/SystemLog.h"
 #include "platform/host/WakeEvent.h"
 #include "platform/userinterface/DesktopHelper.h"
 #include "platform/userinterface/Presenter.h"
@@ -13,17 +14,27 @@
 namespace platform::userinterface {
 namespace {
 
+using host::ChildProgram;
+
 class Window final : public Showing {
  public:
+  /// Given the helper's exit status, or why there is none, tells whether that is the person's
+  /// answer.
+  using Answer = std::function<bool(const host::Result<int>& status)>;
+
   /// The thread may throw std::system_error when there is none to be had.
-  Window(host::ChildProgram program, host::WakeEvent event, const DesktopHelper& helper,
-         AlertContents alert, Presenter::AlertCompletion completion)
+  Window(host::WakeEvent event, std::vector<std::string> command, ChildProgram::Ending ending,
+         Answer answer)
       : closing(std::move(event)),
-        waiter([this, running = std::move(program), &helper, alert = std::move(alert),
-                completion = std::move(completion)]() mutable {
-          auto status = running.wait(closing);
-          if (!status && status.error() == host::Error::kWouldBlock) return;
-          completion(status ? helper.itemFor(alert, *status) : Presenter::kNotShown);
+        waiter([this, command = std::move(command), ending, answer = std::move(answer)] {
+          host::Result<int> status = host::Error::kFailed;
+          if (auto program = ChildProgram::start(command, ending)) {
+            status = program->wait(closing);
+            if (!status && status.error() == host::Error::kWouldBlock) return;
+          } else {
+            status = program.error();
+          }
+          if (!answer(status)) tellOfFailure(command.front(), status);
         }) {}
   ~Window() override {
     closing.raise();
@@ -31,9 +42,26 @@ class Window final : public Showing {
   }
 
  private:
+  static void tellOfFailure(const std::string& program, const host::Result<int>& status) {
+    const std::string end = status ? "ended with " + std::to_string(*status) : "did not end well";
+    host::log(host::LogLevel::kWarning, program + " " + end + " and has shown nothing");
+  }
+
   host::WakeEvent closing;
   std::thread waiter;
 };
+
+std::unique_ptr<Showing> openWindow(std::vector<std::string> command, ChildProgram::Ending ending,
+                                    Window::Answer answer) {
+  auto closing = host::WakeEvent::make();
+  if (!closing) return nullptr;
+  try {
+    return std::make_unique<Window>(std::move(*closing), std::move(command), ending,
+                                    std::move(answer));
+  } catch (const std::system_error&) {
+    return nullptr;
+  }
+}
 
 class DesktopPresenter final : public Presenter {
  public:
@@ -43,19 +71,25 @@ class DesktopPresenter final : public Presenter {
     if (!found) return nullptr;
     std::vector<std::string> command = found->helper->arguments(alert);
     command.insert(command.begin(), found->path);
-    auto closing = host::WakeEvent::make();
-    auto program = host::ChildProgram::start(command);
-    if (!closing || !program) return nullptr;
-    try {
-      return std::make_unique<Window>(std::move(*program), std::move(*closing), *found->helper,
-                                      alert, std::move(completion));
-    } catch (const std::system_error&) {
-      return nullptr;
-    }
+    return openWindow(std::move(command), ChildProgram::Ending::kTerminate,
+                      [alert, helper = found->helper,
+                       completion = std::move(completion)](const host::Result<int>& status) {
+                        const auto item = status ? helper->itemFor(alert, *status) : kNotShown;
+                        completion(item);
+                        return item != kNotShown;
+                      });
   }
 
-  std::unique_ptr<Showing> showNotice(const NoticeContents&, NoticeCompletion) override {
-    return nullptr;
+  std::unique_ptr<Showing> showNotice(const NoticeContents& notice,
+                                      NoticeCompletion completion) override {
+    auto command = noticeCommand(notice, currentDesktop());
+    if (!command) return nullptr;
+    return openWindow(std::move(*command), ChildProgram::Ending::kInterrupt,
+                      [completion = std::move(completion)](const host::Result<int>& status) {
+                        const bool wasSeen = status && *status == 0;
+                        completion(wasSeen);
+                        return wasSeen;
+                      });
   }
 };
 

@@ -101,9 +101,15 @@ DialogItemIndex showAlert(ResID alertID, ModalFilterUPP filter) {
   const AlertStage& stage = alert->form.stages[stageCounter().next(alertID)];
   if (!stage.isDrawn) return kNoAlert;
 
-  events::Presentation turn;
   const AlertContents contents = contentsOf(*alert, stage);
-  for (Presenter* presenter : presentersToTry()) {
+  const std::vector<Presenter*> presenters = presentersToTry();
+  // What only the log is told keeps nobody from anything.
+  const bool mayReachAPerson = presenters.size() > 1;
+  DialogItemIndex given = contents.defaultItem;
+  auto isEnded = [&] { return endedByFilter(filter, given); };
+  if (mayReachAPerson && !events::awaitTurn(isEnded)) return given;
+  const events::Presentation turn;
+  for (Presenter* presenter : presenters) {
     const DialogItemIndex item = askOne(*presenter, contents, filter);
     if (item != Presenter::kNotShown) return item;
   }

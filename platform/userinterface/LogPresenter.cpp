@@ -31,7 +31,7 @@ class LogPresenter final : public Presenter {
   std::unique_ptr<Showing> showNotice(const NoticeContents& notice,
                                       NoticeCompletion completion) override {
     host::log(host::LogLevel::kNotice, "notice: " + notice.text);
-    completion();
+    completion(true);
     return std::make_unique<Done>();
   }
 };

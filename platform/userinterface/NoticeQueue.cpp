@@ -1,6 +1,7 @@
 // Licence: MIT, see LICENSE.
-// One notice is up at a time. Its presenter dismisses it on a thread of its own by a flag and a
-// signal to the main loop, without the lock of this queue; everything else follows there.
+// One notice is up at a time. Its presenter tells on a thread of its own, by a flag and a signal to
+// the main loop and without the lock of this queue, that it was dismissed or could not be shown;
+// everything else follows there.
 #include "platform/userinterface/NoticeQueue.h"
 
 #include <CarbonCore/MacErrors.h>
@@ -30,7 +31,7 @@ NoticeQueue& NoticeQueue::shared() {
 
 NoticeQueue::NoticeQueue()
     : dismissal(CFRunLoopGetMain(), [] {
-        while (shared().respondToNext()) {
+        while (shared().showMissed() || shared().respondToNext()) {
         }
       }) {}
 
@@ -62,7 +63,8 @@ NoticeQueue::Entry NoticeQueue::entryFor(NMRecPtr record) {
   entry.response = record->nmResp;
   entry.contents.text = textOf(record->nmStr);
   entry.contents.hasSound = record->nmSound != nullptr;
-  entry.isDismissed = std::make_shared<std::atomic<bool>>(false);
+  entry.untried = presentersToTry();
+  entry.sight = std::make_shared<std::atomic<Sight>>(Sight::kAwaited);
   return entry;
 }
 
@@ -74,22 +76,36 @@ NoticeQueue::Entries::iterator NoticeQueue::find(NMRecPtr record) {
 /// Sees to it that the first notice that is not dismissed is up.
 void NoticeQueue::showNext() {
   for (Entry& entry : entries) {
-    if (*entry.isDismissed) continue;
+    if (*entry.sight == Sight::kSeen) continue;
     if (entry.showing == nullptr) show(entry);
-    if (!*entry.isDismissed) return;
+    if (*entry.sight != Sight::kSeen) return;
   }
 }
 
 void NoticeQueue::show(Entry& entry) {
-  auto dismiss = [flag = entry.isDismissed, this] {
-    *flag = true;
+  auto tell = [sight = entry.sight, this](bool wasSeen) {
+    *sight = wasSeen ? Sight::kSeen : Sight::kMissed;
     dismissal.raise();
   };
-  if (entry.contents.text.empty()) return dismiss();
-  for (Presenter* presenter : presentersToTry()) {
-    entry.showing = presenter->showNotice(entry.contents, dismiss);
-    if (entry.showing != nullptr) return;
+  if (entry.contents.text.empty()) return tell(true);
+  while (entry.showing == nullptr && !entry.untried.empty()) {
+    Presenter* presenter = entry.untried.front();
+    entry.untried.erase(entry.untried.begin());
+    entry.showing = presenter->showNotice(entry.contents, tell);
   }
+}
+
+/// Gives a notice whose presenter reached nobody after all to the next one; false when there is
+/// none. On the main loop.
+bool NoticeQueue::showMissed() {
+  std::lock_guard lock(mutex);
+  auto missed = std::find_if(entries.begin(), entries.end(),
+                             [](const Entry& entry) { return *entry.sight == Sight::kMissed; });
+  if (missed == entries.end()) return false;
+  missed->showing.reset();
+  *missed->sight = Sight::kAwaited;
+  show(*missed);
+  return true;
 }
 
 /// Calls the response of the first notice that was dismissed; false when there is none. On the main
@@ -100,7 +116,7 @@ bool NoticeQueue::respondToNext() {
   {
     std::lock_guard lock(mutex);
     auto next = std::find_if(entries.begin(), entries.end(), [](const Entry& entry) {
-      return *entry.isDismissed && !entry.isOver;
+      return *entry.sight == Sight::kSeen && !entry.isOver;
     });
     if (next == entries.end()) return false;
     record = next->record;

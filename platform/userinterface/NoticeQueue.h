@@ -9,6 +9,7 @@
 #include <list>
 #include <memory>
 #include <mutex>
+#include <vector>
 
 #include "platform/userinterface/Presenter.h"
 #include "platform/userinterface/RunLoopSignal.h"
@@ -26,12 +27,14 @@ class NoticeQueue final {
   OSErr remove(NMRecPtr record);
 
  private:
-  using Flag = std::shared_ptr<std::atomic<bool>>;
+  enum class Sight { kAwaited, kSeen, kMissed };
+  using SharedSight = std::shared_ptr<std::atomic<Sight>>;
   struct Entry {
     NMRecPtr record = nullptr;
     NMUPP response = nullptr;
     NoticeContents contents;
-    Flag isDismissed;
+    std::vector<Presenter*> untried;  // the best first
+    SharedSight sight;
     bool isOver = false;  // its response was called
     std::unique_ptr<Showing> showing;
   };
@@ -42,11 +45,12 @@ class NoticeQueue final {
   Entries::iterator find(NMRecPtr record);
   void showNext();
   void show(Entry& entry);
+  bool showMissed();
   bool respondToNext();
 
   std::mutex mutex;
   Entries entries;          // in the order of installation; those that are over before the others
-  RunLoopSignal dismissal;  // on the main loop: some notice was dismissed
+  RunLoopSignal dismissal;  // on the main loop: some notice was dismissed, or could not be shown
 };
 
 }  // namespace platform::userinterface

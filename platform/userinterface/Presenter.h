@@ -50,7 +50,9 @@ class Presenter {
   /// The item that was chosen, or kNotShown when it turned out too late that nobody could be
   /// reached.
   using AlertCompletion = std::function<void(DialogItemIndex item)>;
-  using NoticeCompletion = std::function<void()>;
+  /// Whether the person has dismissed it; false when it turned out too late that nobody could be
+  /// reached.
+  using NoticeCompletion = std::function<void(bool wasSeen)>;
   static constexpr DialogItemIndex kNotShown = 0;
 
   virtual ~Presenter() = default;

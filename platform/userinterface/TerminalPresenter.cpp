@@ -83,12 +83,8 @@ class TerminalPresenter final : public Presenter {
 
   std::unique_ptr<Showing> showNotice(const NoticeContents& notice,
                                       NoticeCompletion completion) override {
-    auto answer = [notice, completion](const std::optional<std::string>& line) {
-      if (line) {
-        completion();
-      } else {
-        logPresenter().showNotice(notice, completion);
-      }
+    auto answer = [completion](const std::optional<std::string>& line) {
+      completion(line.has_value());
       return true;
     };
     const std::string sound = notice.hasSound ? "\a\n" : "\n";

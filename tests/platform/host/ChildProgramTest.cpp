@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <fstream>
 #include <optional>
+#include <thread>
 
 #include "tests/support/PrivateRoot.h"
 
@@ -43,6 +44,32 @@ TEST_F(Child, TellsThatASignalEndedIt) {
   auto ended = child->wait(wake);
   ASSERT_FALSE(ended);
   EXPECT_EQ(ended.error(), Error::kFailed);
+}
+
+TEST_F(Child, EndsWithTheThreadThatStartedIt) {
+  std::optional<ChildProgram> child;
+  std::thread([&] { child.emplace(*shell("exec sleep 1000")); }).join();
+  ASSERT_TRUE(child);
+  auto ended = child->wait(wake);
+  ASSERT_FALSE(ended);
+  EXPECT_EQ(ended.error(), Error::kFailed);
+}
+
+TEST_F(Child, IsInterruptedWhereThatIsHowItEnds) {
+  tests::PrivateRoot root;
+  const std::string trace = root.path() / "trace", ready = root.path() / "ready";
+  mkfifo(ready.c_str(), 0600);
+  {
+    auto child = ChildProgram::start({"/bin/sh", "-c",
+                                      "trap 'echo tidied > " + trace + "; exit 0' INT; : > " +
+                                          ready + "; while :; do sleep 0.01; done"},
+                                     ChildProgram::Ending::kInterrupt);
+    ASSERT_TRUE(child);
+    std::ifstream(ready).get();  // until it has been told what to do
+  }
+  std::string line;
+  std::getline(std::ifstream(trace) >> std::ws, line);
+  EXPECT_EQ(line, "tidied");
 }
 
 TEST_F(Child, IsLeftWhenTheEventIsRaisedAndEndedWithItsOwner) {

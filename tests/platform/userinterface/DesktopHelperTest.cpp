@@ -60,6 +60,21 @@ TEST(DesktopHelper, TellsTheItemByItsStatus) {
   }
 }
 
+TEST(DesktopHelper, IsToldATextThatLooksLikeMarkupAsItStands) {
+  const AlertContents odd{"<T>", "a <b>b</b> &amp;\nc", {{1, "R&D"}, {2, "_So"}}, 1, 0};
+  EXPECT_EQ(helper("zenity").arguments(odd),
+            (Arguments{"--question", "--no-markup", "--title=<T>", "--text=a <b>b</b> &amp;\nc",
+                       "--ok-label=R&D", "--cancel-label=_So"}));
+  EXPECT_EQ(helper("kdialog").arguments(odd),
+            (Arguments{"--title=<T>", "--yes-label=R&&D", "--no-label=_So",
+                       "--yesno=<qt>a &lt;b&gt;b&lt;/b&gt; &amp;amp;<br>c</qt>"}));
+}
+
+TEST(DesktopHelper, IsToldATextWithoutTagsUnchanged) {
+  const AlertContents plain{"T", "a &amp; b", {{1, "OK"}}, 1, 0};
+  EXPECT_EQ(helper("kdialog").arguments(plain).back(), "--msgbox=a &amp; b");
+}
+
 class InstalledHelpers : public testing::Test {
  protected:
   InstalledHelpers() : earlierPath(std::getenv("PATH")) { setenv("PATH", root.path().c_str(), 1); }
@@ -71,7 +86,7 @@ class InstalledHelpers : public testing::Test {
   }
   static std::string found(const AlertContents& alert, Desktop desktop) {
     auto helper = findHelper(alert, desktop);
-    return helper ? helper->helper->program : "none";
+    return helper ? std::string(helper->helper->program) : "none";
   }
 
   tests::PrivateRoot root;
@@ -88,6 +103,43 @@ TEST_F(InstalledHelpers, ArePreferredInTheirOrder) {
   install("zenity");
   EXPECT_EQ(found(kNotice, desktop), "zenity");
   EXPECT_EQ(findHelper(kNotice, desktop)->path, root.path() / "zenity");
+}
+
+TEST_F(InstalledHelpers, OfTheDesktopAtHandGoFirst) {
+  install("zenity");
+  install("kdialog");
+  EXPECT_EQ(found(kNotice, {true, false, true}), "kdialog");
+  AlertContents three = kQuestion;
+  three.buttons.push_back({4, "Maybe"});
+  install("xmessage");
+  EXPECT_EQ(found(three, {true, false, true}), "xmessage");
+}
+
+TEST_F(InstalledHelpers, ShowNoticesUntilTheyAreDismissed) {
+  const Desktop desktop{true, false};
+  EXPECT_FALSE(noticeCommand({"x", false}, desktop));
+  install("notify-send");
+  EXPECT_FALSE(noticeCommand({"x", false}, Desktop()));
+  const std::string program = root.path() / "notify-send";
+  EXPECT_EQ(noticeCommand({"-x <b>\nmore <i> &\n", false}, desktop),
+            (Arguments{program, "--wait", "--urgency=critical", "--expire-time=0",
+                       "--app-name=test_platform_userinterface", "--", "-x <b>",
+                       "more &lt;i&gt; &amp;\n"}));
+  EXPECT_EQ((*noticeCommand({"x", true}, desktop))[5], "--hint=string:sound-name:bell");
+}
+
+TEST(CurrentDesktop, IsToldByTheEnvironment) {
+  const auto desktopOf = [](const char* names) {
+    setenv("XDG_CURRENT_DESKTOP", names, 1);
+    const bool isKDE = currentDesktop().isKDE;
+    unsetenv("XDG_CURRENT_DESKTOP");
+    return isKDE;
+  };
+  EXPECT_TRUE(desktopOf("KDE"));
+  EXPECT_TRUE(desktopOf("ubuntu:KDE"));
+  EXPECT_FALSE(desktopOf("GNOME"));
+  EXPECT_FALSE(desktopOf("notKDE"));
+  EXPECT_FALSE(currentDesktop().isKDE);
 }
 
 TEST_F(InstalledHelpers, NeedADesktopThatTheyWorkOn) {

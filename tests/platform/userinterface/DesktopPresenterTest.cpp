@@ -31,11 +31,13 @@ class AlertOnADesktop : public testing::Test {
 
   /// A zenity that does what the script says.
   void installHelper(const std::string& script) {
-    const auto program = root.path() / "bin" / "zenity";
+    const std::filesystem::path program = helper();
     tests::writeFile(program, tests::bytesOf("#!/bin/sh\n" + script));
     std::filesystem::permissions(program, std::filesystem::perms::owner_all);
     setenv("PATH", program.parent_path().c_str(), 1);
   }
+
+  std::string helper() const { return root.path() / "bin" / "zenity"; }
 
   tests::PrivateRoot root;
   tests::LogListener log{root.path()};
@@ -57,12 +59,28 @@ TEST_F(AlertOnADesktop, IsShownByAHelperWhoseStatusIsTheAnswer) {
 TEST_F(AlertOnADesktop, GoesToTheNextPresenterWhenNoWindowComesUp) {
   installHelper("exit 255\n");
   EXPECT_EQ(Alert(138, nullptr), 1);
+  EXPECT_EQ(log.readLine(), helper() + " ended with 255 and has shown nothing");
   EXPECT_EQ(log.readLine(), "alert: The title: The text \xC3\xA4h [answered with \"OK\"]");
 }
 
 TEST_F(AlertOnADesktop, GoesToTheNextPresenterWhenTheHelperIsKilled) {
   installHelper("kill -KILL $$\n");
   EXPECT_EQ(Alert(138, nullptr), 1);
+  EXPECT_EQ(log.readLine(), helper() + " did not end well and has shown nothing");
+  EXPECT_EQ(log.readLine(), "alert: The title: The text \xC3\xA4h [answered with \"OK\"]");
+}
+
+TEST_F(AlertOnADesktop, GoesToTheNextPresenterWhenNoHelperIsInstalled) {
+  setenv("PATH", root.path().c_str(), 1);
+  EXPECT_EQ(Alert(138, nullptr), 1);
+  EXPECT_EQ(log.readLine(), "alert: The title: The text \xC3\xA4h [answered with \"OK\"]");
+}
+
+TEST_F(AlertOnADesktop, GoesToTheNextPresenterWhenTheHelperCannotBeRun) {
+  installHelper("");
+  tests::writeFile(helper(), tests::bytesOf("#!/no/such/interpreter\n"));
+  EXPECT_EQ(Alert(138, nullptr), 1);
+  EXPECT_EQ(log.readLine(), helper() + " did not end well and has shown nothing");
   EXPECT_TRUE(log.readLine());
 }
 
