@@ -123,7 +123,7 @@ const char* XMLWriter::writeDate(CFDateRef date) {
 
 void XMLWriter::writeData(CFDataRef data, int depth) {
   const int tabs = std::min(depth, kMostDataTabs);
-  const auto each = static_cast<std::size_t>((kLineWidth - tabs * kTabWidth) / 4 * 3);
+  const auto each = static_cast<std::size_t>(kLineWidth - tabs * kTabWidth) / 4 * 3;
   Bytes bytes(CFDataGetBytePtr(data), static_cast<std::size_t>(CFDataGetLength(data)));
   to += "<data>\n";
   while (!bytes.empty()) {
