@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
+#include <sstream>
 
 #include "platform/host/ProgramPath.h"
 
@@ -103,6 +104,29 @@ std::string plainLabel(std::string label) {
   return label;
 }
 
+/// A text for a program that does not break lines: broken between words, and with a margin, so that
+/// one that begins like an option is none.
+std::string xmessageText(const std::string& text) {
+  constexpr std::ptrdiff_t kColumns = 60;
+  std::istringstream lines(text);
+  std::string result;
+  for (std::string line; std::getline(lines, line);) {
+    if (!result.empty()) result += '\n';
+    std::ptrdiff_t column = 0;
+    std::istringstream words(line);
+    for (std::string word; words >> word;) {
+      const auto width = std::ranges::count_if(word, [](char c) { return (c & 0xC0) != 0x80; });
+      if (column > 0 && column + 1 + width > kColumns) {
+        result += '\n';
+        column = 0;
+      }
+      result += ' ' + word;
+      column += 1 + width;
+    }
+  }
+  return result;
+}
+
 Arguments xmessageArguments(const AlertContents& alert) {
   std::string buttons;
   Arguments arguments{"-center", "-title", alert.title};
@@ -113,8 +137,7 @@ Arguments xmessageArguments(const AlertContents& alert) {
     buttons += label + ":" + std::to_string(kFirstButtonStatus + static_cast<int>(i));
     if (button.item == alert.defaultItem) arguments.insert(arguments.end(), {"-default", label});
   }
-  // A text that begins like an option must not be one.
-  arguments.insert(arguments.end(), {"-buttons", buttons, " " + bodyOf(alert)});
+  arguments.insert(arguments.end(), {"-buttons", buttons, xmessageText(bodyOf(alert))});
   return arguments;
 }
 

@@ -70,6 +70,18 @@ TEST(DesktopHelper, IsToldATextThatLooksLikeMarkupAsItStands) {
                        "--yesno=<qt>a &lt;b&gt;b&lt;/b&gt; &amp;amp;<br>c</qt>"}));
 }
 
+TEST(DesktopHelper, ThatDoesNotBreakLinesIsToldThemBroken) {
+  AlertContents alert = kNotice;
+  const std::string word(28, 'w'), accents =
+                                       "\xC3\xA4"
+                                       "\xC3\xA4";
+  alert.text = word + " " + word + " " + accents + "\n\nlast " + std::string(70, 'x');
+  EXPECT_EQ(helper("xmessage").arguments(alert).back(),
+            " " + word + " " + word + "\n " + accents + "\n\n last\n " + std::string(70, 'x'));
+  alert.text = word + " " + word.substr(1) + " " + accents;
+  EXPECT_EQ(helper("xmessage").arguments(alert).back(), " " + alert.text);
+}
+
 TEST(DesktopHelper, IsToldATextWithoutTagsUnchanged) {
   const AlertContents plain{"T", "a &amp; b", {{1, "OK"}}, 1, 0};
   EXPECT_EQ(helper("kdialog").arguments(plain).back(), "--msgbox=a &amp; b");
