@@ -203,17 +203,28 @@ TEST_P(ExhaustedDescriptors, OfAServerLeaveThoseServedWhoAreConnected) {
 TEST_P(ExhaustedDescriptors, OfAClientAreTold) {
   Child client = startLoneClient();
   EXPECT_EQ(client->readLine(), codeOf(BOOTSTRAP_UNKNOWN_SERVICE));
+  // The sanitizers need a descriptor when they first see an object of a class.
+  EXPECT_EQ(ask(*client, "ask TesT numb 1 3600").status, errAENotAppleEvent);
   Child server = startServer();
   exhaust(*client);
   EXPECT_EQ(command(*client, "find"), codeOf(BOOTSTRAP_NO_MEMORY));
   relax(*client);
   EXPECT_EQ(command(*client, "find"), codeOf(BOOTSTRAP_SUCCESS));
-  // The first request needs a descriptor to wait with, a connection or not.
+  expectService(*client, 2);
+}
+
+// The first request needs a descriptor to wait with, a connection or not. This sanitizer needs some
+// itself, for classes that it has not seen before, and would take their lack for an error.
+#ifndef __SANITIZE_ADDRESS__
+TEST_P(ExhaustedDescriptors, OfAClientAreToldByItsFirstRequest) {
+  Child server = startServer();
+  Child client = startClient();
   exhaust(*client);
   EXPECT_EQ(ask(*client, "ask TesT numb 1 3600").status, memFullErr);
   relax(*client);
   expectService(*client, 2);
 }
+#endif
 
 // From too few for the program loader up to enough: a status each time, and then success.
 TEST_P(ExhaustedDescriptors, OfAProgramThatStartsAreAStatus) {
