@@ -107,7 +107,7 @@ std::string plainLabel(std::string label) {
 /// A text for a program that does not break lines: broken between words, and with a margin, so that
 /// one that begins like an option is none.
 std::string xmessageText(const std::string& text) {
-  constexpr std::ptrdiff_t kColumns = 60;
+  constexpr std::ptrdiff_t kColumns = 40;
   std::istringstream lines(text);
   std::string result;
   for (std::string line; std::getline(lines, line);) {

@@ -72,13 +72,13 @@ TEST(DesktopHelper, IsToldATextThatLooksLikeMarkupAsItStands) {
 
 TEST(DesktopHelper, ThatDoesNotBreakLinesIsToldThemBroken) {
   AlertContents alert = kNotice;
-  const std::string word(28, 'w'), accents =
+  const std::string word(19, 'w'), accents =
                                        "\xC3\xA4"
                                        "\xC3\xA4";
-  alert.text = word + " " + word + " " + accents + "\n\nlast " + std::string(70, 'x');
+  alert.text = word + " " + word + " " + accents + "\n\nlast " + std::string(50, 'x');
   EXPECT_EQ(helper("xmessage").arguments(alert).back(),
-            " " + word + " " + word + "\n " + accents + "\n\n last\n " + std::string(70, 'x'));
-  alert.text = word + " " + word.substr(1) + " " + accents;
+            " " + word + " " + word + "\n " + accents + "\n\n last\n " + std::string(50, 'x'));
+  alert.text = word + " " + word.substr(2) + " " + accents;
   EXPECT_EQ(helper("xmessage").arguments(alert).back(), " " + alert.text);
 }
 
