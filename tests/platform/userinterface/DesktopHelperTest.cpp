@@ -72,13 +72,12 @@ TEST(DesktopHelper, IsToldATextThatLooksLikeMarkupAsItStands) {
 
 TEST(DesktopHelper, ThatDoesNotBreakLinesIsToldThemBroken) {
   AlertContents alert = kNotice;
-  const std::string word(19, 'w'), accents =
-                                       "\xC3\xA4"
-                                       "\xC3\xA4";
+  const std::string word(19, 'w');
+  const std::string accents = "\xC3\xA4\xC3\xA4";
   alert.text = word + " " + word + " " + accents + "\n\nlast " + std::string(50, 'x');
   EXPECT_EQ(helper("xmessage").arguments(alert).back(),
             " " + word + " " + word + "\n " + accents + "\n\n last\n " + std::string(50, 'x'));
-  alert.text = word + " " + word.substr(2) + " " + accents;
+  alert.text = word + " " + word.substr(3) + " " + accents;
   EXPECT_EQ(helper("xmessage").arguments(alert).back(), " " + alert.text);
 }
 
