@@ -103,8 +103,8 @@ class PortSet {
   /// receive() will serve at once. Ports are named in the order in which their messages arrived.
   Outcome wait(mach_port_name_t& port, Deadline deadline);
 
-  /// What wait() would report at once of what has already been taken in, kTimedOut for nothing. Asks
-  /// the host only now and then, lest a busy process never hear of the others.
+  /// What wait() would report at once of what has already been taken in, kTimedOut for nothing.
+  /// Asks the host only now and then, lest a busy process never hear of the others.
   Outcome glance(mach_port_name_t& port);
 
  private:

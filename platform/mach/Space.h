@@ -118,8 +118,8 @@ struct Connection final : Source {
   // Reading, one thread at a time.
   Waiter* leader = nullptr;
   std::mutex reading;
-  Assembler assembler;             // guarded by `reading`
-  host::ReceivePatience patience;  // likewise
+  Assembler assembler;                     // guarded by `reading`
+  host::ReceivePatience patience;          // likewise
   std::atomic<std::size_t> unfinished{0};  // what the assembler holds of a message
 };
 

@@ -1,6 +1,6 @@
 // Licence: MIT, see LICENSE.
-// A property list as another program writes it, Python's plistlib: what it means, as XML, as binary,
-// and as XML without the reals, which the two write with other numbers of digits.
+// A property list as another program writes it, Python's plistlib: what it means, as XML, as
+// binary, and as XML without the reals, which the two write with other numbers of digits.
 #ifndef TESTS_PLATFORM_COREFOUNDATION_PROPERTYLISTFIXTURES_H
 #define TESTS_PLATFORM_COREFOUNDATION_PROPERTYLISTFIXTURES_H
 
