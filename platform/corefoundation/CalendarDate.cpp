@@ -54,12 +54,13 @@ std::optional<CFAbsoluteTime> parseDate(std::string_view text) {
 }
 
 std::optional<std::string> formatDate(CFAbsoluteTime at) {
-  const double days = std::floor(at / kSecondsPerDay);
+  const double whole = std::floor(at);
+  const double days = std::floor(whole / kSecondsPerDay);
   const double first = static_cast<double>((kFirstDay - kEpoch).count());
   const double behind = static_cast<double>((kBehindLastDay - kEpoch).count());
   if (!(days >= first && days < behind)) return std::nullopt;
   const year_month_day day(kEpoch + std::chrono::days(static_cast<int>(days)));
-  const int seconds = static_cast<int>(std::floor(at - days * kSecondsPerDay));
+  const int seconds = static_cast<int>(whole - days * kSecondsPerDay);
   std::array<char, 64> text{};
   std::snprintf(text.data(), text.size(), "%04d-%02u-%02uT%02d:%02d:%02dZ",
                 static_cast<int>(day.year()), static_cast<unsigned>(day.month()),

@@ -1,7 +1,8 @@
 // Licence: MIT, see LICENSE.
 // Writes the binary form. Objects are numbered in the order in which they are met, a dictionary's
-// keys before its values; leaves that are the same are one object, and so is a container that is
-// met twice. Numbers are as narrow as they can be, of 1, 2, 4 or 8 bytes.
+// keys before its values. Leaves that are the same are one object; containers never are, so that a
+// reader need not share what may be changed. Numbers are as narrow as they can be, of 1, 2, 4 or 8
+// bytes.
 #include <CoreFoundation/CFArray.h>
 #include <CoreFoundation/CFDate.h>
 #include <CoreFoundation/CFDictionary.h>
@@ -90,7 +91,6 @@ class BinaryWriter final {
 
   std::string& to;
   std::vector<Node> nodes;
-  std::unordered_map<CFTypeRef, UInt32> containers;
   std::unordered_map<Leaf, UInt32, LeafHash> leaves;
   std::size_t referenceSize = 1;
 };
@@ -111,16 +111,12 @@ const char* BinaryWriter::number(CFTypeRef object, int depth, UInt32& index) {
     return nullptr;
   }
   if (depth >= kMaximumDepth) return kTooDeepToWrite;
-  const auto [place, isNew] = containers.try_emplace(object, static_cast<UInt32>(nodes.size()));
-  index = place->second;
-  // One that is within itself has not got its kind yet.
-  if (!isNew) return nodes[index].kind == NodeKind::kNone ? kTooDeepToWrite : nullptr;
-  const UInt32 own = add(object, NodeKind::kNone);
+  index = add(object, kind);
+  const UInt32 own = index;
   std::vector<UInt32> references;
   const char* reason =
       isArray ? numberArray(static_cast<CFArrayRef>(object), depth, references)
               : numberDictionary(static_cast<CFDictionaryRef>(object), depth, references);
-  nodes[own].kind = kind;
   nodes[own].references = std::move(references);
   return reason;
 }

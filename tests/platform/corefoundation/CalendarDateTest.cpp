@@ -34,6 +34,8 @@ TEST(CalendarDate, IsWrittenAndRead) {
 TEST(CalendarDate, IsWrittenAsTheSecondBefore) {
   EXPECT_EQ(formatDate(0.999).value_or("none"), "2001-01-01T00:00:00Z");
   EXPECT_EQ(formatDate(-0.001).value_or("none"), "2000-12-31T23:59:59Z");
+  // So little before midnight that the day's length swallowed it: it was written as hour 24.
+  EXPECT_EQ(formatDate(-1e-12).value_or("none"), "2000-12-31T23:59:59Z");
 }
 
 TEST(CalendarDate, IsNotWrittenOutsideItsYears) {

@@ -102,14 +102,20 @@ TEST(PropertyListBinaryWriter, TellsNumbersOfOneValueApart) {
   EXPECT_EQ(meaning(asBinary(array.get())), "(1, r1, r0, r-0, true, f1)");
 }
 
-TEST(PropertyListBinaryWriter, WritesASharedContainerOnceAndEqualOnesEach) {
+TEST(PropertyListBinaryWriter, WritesAContainerAsOftenAsItIsThere) {
   const auto inner = readList("<array/>");
-  const void* values[] = {inner.get(), inner.get(), nullptr};
-  const auto equal = readList("<array/>");
-  values[2] = equal.get();
-  const Held array(CFArrayCreate(nullptr, values, 3, &kCFTypeArrayCallBacks));
+  const void* values[] = {inner.get(), inner.get()};
+  const Held array(CFArrayCreate(nullptr, values, 2, &kCFTypeArrayCallBacks));
   EXPECT_EQ(asBinary(array.get()),
-            BinaryFile().object("\xa3\x01\x01\x02").object("\xa0").object("\xa0").bytes());
+            BinaryFile().object("\xa2\x01\x02").object("\xa0").object("\xa0").bytes());
+}
+
+// As many as the reader would refuse if they were written once and shared.
+TEST(PropertyListBinaryWriter, WritesManyOfOneContainerSoThatTheyCanBeRead) {
+  const auto inner = readList("<array><true/><true/><true/><true/><true/><true/></array>");
+  const Held array(CFArrayCreateMutable(nullptr, 0, &kCFTypeArrayCallBacks));
+  for (int i = 0; i < 1000; ++i) CFArrayAppendValue(array.get(), inner.get());
+  EXPECT_TRUE(CFEqual(readList(asBinary(array.get())).get(), array.get()));
 }
 
 TEST(PropertyListBinaryWriter, WidensReferencesAndOffsets) {
