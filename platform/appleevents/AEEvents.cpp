@@ -117,7 +117,12 @@ OSErr putPostmark(AppleEvent& event, const Postmark& mark) {
 namespace platform::appleevents {
 
 OSErr stamp(const AppleEvent& event, const Postmark& mark) {
-  if (writeOver(event.dataHandle->writable(), mark)) return noErr;
+  Storage& storage = *event.dataHandle;
+  if (storage.hasFront()) {
+    writeOverFront(storage.writable(), mark);
+    return noErr;
+  }
+  if (writeOver(storage.writable(), mark)) return noErr;
   AppleEvent changed = event;  // the same storage
   return putPostmark(changed, mark);
 }

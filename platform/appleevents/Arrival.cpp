@@ -55,13 +55,16 @@ OSStatus decodeMessage(mach::Message message, AppleEvent* event, AppleEvent* rep
     right = holdRight(message.reply);
     if (right == nullptr) return memFullErr;
   }
-  if (message.id != mach::kAppleEventMessageID || !isMessage(message.body.bytes())) {
+  const bool hasFront = startsWithFront(message.body.bytes());
+  const Front front = hasFront ? Front::kThere : Front::kUnknown;
+  if (message.id != mach::kAppleEventMessageID || !isMessage(message.body.bytes(), front)) {
     return errAECorruptData;
   }
   std::unique_ptr<Storage> storage = Storage::adopt(std::move(message.body));
   if (storage == nullptr) return memFullErr;
-  forgetPorts(typeAppleEvent, storage->writable());
-  writeArrival(storage->writable(), message.receiver, message.isOwn);
+  if (hasFront) storage->setHasFront();
+  forgetPorts(typeAppleEvent, storage->writable(), front);
+  writeArrival(storage->writable(), message.receiver, message.isOwn, front);
   HeldDesc arrived;
   *arrived.out() = {typeAppleEvent, storage.release()};
   OSErr status = trackReads(arrived.get());

@@ -25,6 +25,24 @@ UInt16 reversed16(UInt16 value) { return __builtin_bswap16(value); }
 UInt32 reversed32(UInt32 value) { return __builtin_bswap32(value); }
 UInt64 reversed64(UInt64 value) { return __builtin_bswap64(value); }
 
+/// Copies one number, as most data is. Without a loop that would have to be set up for it.
+void reorderOne(const std::byte* from, std::byte* to, std::size_t width) {
+  const auto copyTo = [=](auto value, auto reverse) {
+    std::memcpy(&value, from, sizeof value);
+    if (std::endian::native == std::endian::little) value = reverse(value);
+    std::memcpy(to, &value, sizeof value);
+  };
+  if (width == 1) {
+    *to = *from;
+  } else if (width == 2) {
+    copyTo(UInt16{0}, reversed16);
+  } else if (width == 4) {
+    copyTo(UInt32{0}, reversed32);
+  } else {
+    copyTo(UInt64{0}, reversed64);
+  }
+}
+
 std::size_t reverseElements(Bytes from, WritableBytes to, std::size_t width) {
   if (width == 2) return reverseWhole<UInt16, reversed16>(from, to);
   if (width == 4) return reverseWhole<UInt32, reversed32>(from, to);
@@ -68,6 +86,7 @@ void reorder(DescType type, Bytes from, WritableBytes to) {
   const std::size_t count = std::min(from.size(), to.size());
   if (count == 0) return;
   const std::size_t width = elementWidth(type);
+  if (from.size() == width && count == width) return reorderOne(from.data(), to.data(), width);
   std::size_t done = 0;
   if (std::endian::native == std::endian::little && width > 1) {
     done = reverseElements(from, to, width);

@@ -11,10 +11,7 @@ namespace {
 // Room for the attributes and some parameters, so that few events have to grow.
 constexpr std::size_t kUsualEvent = 512;
 
-constexpr std::size_t kFirstAttributes = 9;  // besides the address
 constexpr std::size_t kSerialNumberSize = 2 * kWord;
-constexpr std::size_t kFirstSize =
-    kEventHeader + kFirstAttributes * (kItemHeader + kWord) + kSerialNumberSize - kWord;
 
 constexpr UInt32 kHalfShift = 16;  // of a number of two bytes in the word that it fills
 constexpr UInt32 kByteShift = 24;
@@ -109,9 +106,10 @@ constexpr int kPostmarkParts = 5;
 
 /// Calls with each attribute and with where its data can be written.
 template <typename Visit>
-void visitAttributes(WritableBytes event, Visit visit) {
-  const std::optional<Region> region = findRegion(typeAppleEvent, event, Part::kAttributes);
+void visitAttributes(WritableBytes event, Front known, Visit visit) {
+  std::optional<Region> region = findRegion(typeAppleEvent, event, Part::kAttributes);
   if (!region) return;
+  if (known == Front::kThere) region = behindFront(*region);
   for (auto item = firstItem(event, *region); item; item = nextItem(event, *region, *item)) {
     visit(*item, event.data() + item->offset + kItemHeader);
   }
@@ -123,37 +121,51 @@ std::unique_ptr<Storage> makeEvent(const Beginning& beginning, const Postmark& m
   const bool hasAddress = beginning.addressType != typeNull;
   const std::size_t addressSize =
       hasAddress ? kItemHeader + Item::paddedSize(beginning.address.size()) : 0;
-  if (addressSize > Storage::kMaxSize - kFirstSize) return nullptr;
-  const std::size_t size = kFirstSize + addressSize;
+  if (addressSize > Storage::kMaxSize - kFrontEnd) return nullptr;
+  const std::size_t size = kFrontEnd + addressSize;
   std::unique_ptr<Storage> storage = Storage::make(size, std::max(size, kUsualEvent));
   if (storage == nullptr) return nullptr;
   std::byte* block = storage->writable().data();
-  writeHeader(block, kFirstAttributes + (hasAddress ? 1 : 0), size - kEventHeader);
+  writeHeader(block, kFront.size() + (hasAddress ? 1 : 0), size - kEventHeader);
   ItemWriter items(block + kEventHeader);
   items.addWord(keyEventClassAttr, typeType, beginning.eventClass);
   items.addWord(keyEventIDAttr, typeType, beginning.eventID);
   items.addHalf(keyReturnIDAttr, typeSInt16, beginning.returnID);
   items.addWord(keyTransactionIDAttr, typeSInt32, static_cast<UInt32>(beginning.transactionID));
-  if (hasAddress) items.addData(keyAddressAttr, beginning.addressType, beginning.address);
   addPostmark(items, mark);
+  if (hasAddress) items.addData(keyAddressAttr, beginning.addressType, beginning.address);
+  storage->setHasFront();
   return storage;
+}
+
+void writeOverFront(WritableBytes event, const Postmark& mark) {
+  std::byte* at = event.data();
+  at[frontData(keyReplyRequestedAttr)] = static_cast<std::byte>(mark.wantsReply());
+  storeWord(at + frontData(keyTimeoutAttr), static_cast<UInt32>(mark.timeOutInTicks));
+  storeWord(at + frontData(keyInteractLevelAttr), static_cast<UInt32>(mark.interactionLevel()));
+  storeWord(at + frontData(keyEventSourceAttr), static_cast<UInt32>(mark.source) << kHalfShift);
+  storeSerialNumber(at + frontData(keyOriginalAddressAttr), mark.sender);
 }
 
 bool writeOver(WritableBytes event, const Postmark& mark) {
   int written = 0;
-  visitAttributes(event, [&](const Item& item, std::byte* data) {
+  visitAttributes(event, Front::kUnknown, [&](const Item& item, std::byte* data) {
     if (writePart(item, data, mark)) ++written;
   });
   return written == kPostmarkParts;
 }
 
-void writeArrival(WritableBytes message, mach_port_name_t receiver, bool isOwn) {
-  visitAttributes(message, [&](const Item& item, std::byte* data) {
+void writeArrival(WritableBytes message, mach_port_name_t receiver, bool isOwn, Front front) {
+  const auto correctSource = [isOwn](std::byte* data) {
+    if (isOwn && loadWord(data) >> kHalfShift == UInt32{kAESameProcess}) return;
+    storeWord(data, UInt32{kAELocalProcess} << kHalfShift);
+  };
+  if (front == Front::kThere) correctSource(message.data() + frontData(keyEventSourceAttr));
+  visitAttributes(message, front, [&](const Item& item, std::byte* data) {
     if (item.keyword == keyAddressAttr && isOf(item, typeMachPort, kWord)) {
       storeWord(data, receiver);
-    } else if (item.keyword == keyEventSourceAttr &&
-               (!isOwn || loadWord(data) >> kHalfShift != UInt32{kAESameProcess})) {
-      storeWord(data, UInt32{kAELocalProcess} << kHalfShift);
+    } else if (item.keyword == keyEventSourceAttr) {
+      correctSource(data);
     }
   });
 }
@@ -161,8 +173,11 @@ void writeArrival(WritableBytes message, mach_port_name_t receiver, bool isOwn) 
 std::optional<Item> findAttribute(const AppleEvent& event, AEKeyword keyword) {
   if (event.descriptorType != typeAppleEvent) return std::nullopt;
   const Bytes block = bytesOf(event);
+  if (event.dataHandle != nullptr && event.dataHandle->hasFront()) {
+    if (const FrontAttribute* front = frontAttribute(keyword)) return frontItem(block, *front);
+  }
   const std::optional<Region> region = findRegion(typeAppleEvent, block, Part::kAttributes);
-  return region ? findItem(block, *region, keyword) : std::nullopt;
+  return region ? findAttribute(*event.dataHandle, *region, keyword) : std::nullopt;
 }
 
 }  // namespace platform::appleevents

@@ -8,7 +8,7 @@
 #include <AE/AppleEvents.h>
 #include <mach/port.h>
 
-#include "platform/appleevents/Items.h"
+#include "platform/appleevents/EventFront.h"
 
 namespace platform::appleevents {
 
@@ -47,10 +47,12 @@ std::unique_ptr<Storage> makeEvent(const Beginning& beginning, const Postmark& m
 /// Writes a postmark over the one that an event has. False if it lacks a part of one, as an event
 /// may that was made of bytes; the parts that are there have been written.
 bool writeOver(WritableBytes event, const Postmark& mark);
+/// The same for an event that starts with the front.
+void writeOverFront(WritableBytes event, const Postmark& mark);
 
 /// Writes into a message what only the receiver knows: the port at which it arrived, if it was sent
 /// to one, and that it came from elsewhere unless it is this process's own and says so.
-void writeArrival(WritableBytes message, mach_port_name_t receiver, bool isOwn);
+void writeArrival(WritableBytes message, mach_port_name_t receiver, bool isOwn, Front front);
 
 /// An attribute as it lies in an event; nothing if there is none, or the descriptor is no event.
 std::optional<Item> findAttribute(const AppleEvent& event, AEKeyword keyword);

@@ -33,6 +33,7 @@ Incoming::Incoming(const AEDesc* desc, const AEDesc* into) {
 
 void Incoming::check() {
   if (dataType == typeNull) bytes = {};
+  if (!hasItems(dataType)) return;
   if (!isWellFormed(dataType, bytes, kMaxDepth - 1)) state = errAECorruptData;
 }
 

@@ -14,7 +14,7 @@ class Incoming final {
  public:
   Incoming(DescType type, const void* data, Size size);
   Incoming(const AEDesc* desc, const AEDesc* into);
-  ~Incoming() { AEDisposeDesc(&copy); }
+  ~Incoming() { delete copy.dataHandle; }
   Incoming(const Incoming&) = delete;
   Incoming& operator=(const Incoming&) = delete;
 

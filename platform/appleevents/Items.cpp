@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "platform/appleevents/ByteOrder.h"
+#include "platform/appleevents/EventFront.h"
 
 namespace platform::appleevents {
 namespace {
@@ -40,6 +41,17 @@ std::optional<Item> findItem(Bytes block, const Region& region, AEKeyword keywor
   return std::nullopt;
 }
 
+std::optional<Item> findAttribute(const Storage& event, const Region& attributes,
+                                  AEKeyword keyword) {
+  if (!event.hasFront()) return findItem(event.bytes(), attributes, keyword);
+  if (const FrontAttribute* front = frontAttribute(keyword)) {
+    return frontItem(event.bytes(), *front);
+  }
+  std::optional<Item> item = findItem(event.bytes(), behindFront(attributes), keyword);
+  if (item) item->index += static_cast<UInt32>(kFront.size());
+  return item;
+}
+
 Items::Items(Storage& storage, DescType ofType, Part ofPart, const Region& found)
     : owner(&storage), type(ofType), part(ofPart), region(found) {}
 
@@ -56,7 +68,7 @@ OSErr Items::open(const AEDesc* desc, Part part, std::optional<Items>& items) {
 }
 
 std::optional<Item> Items::find(AEKeyword keyword) const {
-  if (part == Part::kAttributes) return findItem(block(), region, keyword);
+  if (part == Part::kAttributes) return findAttribute(*owner, region, keyword);
   return owner->keys.find(block(), region, keyword);
 }
 
@@ -92,7 +104,13 @@ OSErr Items::put(const std::optional<Item>& replaced, AEKeyword keyword, DescTyp
 }
 
 OSErr Items::putKey(AEKeyword keyword, DescType dataType, Bytes data) {
-  return put(find(keyword), keyword, dataType, data);
+  const std::optional<Item> replaced = find(keyword);
+  const UInt32 before = region.count;
+  const OSErr status = put(replaced, keyword, dataType, data);
+  if (status == noErr && !replaced && part == Part::kParameters) {
+    owner->keys.noteAppended(before, keyword);
+  }
+  return status;
 }
 
 void Items::remove(const Item& item) {

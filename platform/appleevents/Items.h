@@ -36,7 +36,9 @@ struct Item {
   UInt32 index;        // from 1
 
   std::size_t end() const { return offset + kItemHeader + paddedSize(data.size()); }
-  static std::size_t paddedSize(std::size_t size) { return (size + kWord - 1) / kWord * kWord; }
+  static constexpr std::size_t paddedSize(std::size_t size) {
+    return (size + kWord - 1) / kWord * kWord;
+  }
 };
 
 /// Which items of a block: all of a list or record are kParameters.
@@ -56,6 +58,9 @@ std::optional<Region> findRegion(DescType type, Bytes block, Part part);
 std::optional<Item> firstItem(Bytes block, const Region& region);
 std::optional<Item> nextItem(Bytes block, const Region& region, const Item& item);
 std::optional<Item> findItem(Bytes block, const Region& region, AEKeyword keyword);
+/// An attribute of an event.
+std::optional<Item> findAttribute(const Storage& event, const Region& attributes,
+                                  AEKeyword keyword);
 /// The item whose header is at `offset`.
 std::optional<Item> itemAt(Bytes block, const Region& region, std::size_t offset, UInt32 index);
 

@@ -17,6 +17,15 @@ constexpr UInt32 kPatience = 4;
 /// More items are walked. They have 200 MB at least.
 constexpr UInt32 kMostItems = 1 << 24;
 
+constexpr UInt32 kIndexBits = 5;  // of an index in a small record, or of the one behind it
+static_assert(KeyIndex::kSmallest + 1 < 1 << kIndexBits);
+
+UInt32 hashOf(AEKeyword keyword) { return keyword * 0x9E3779B1u; }
+
+std::uint64_t bitOfKeyword(AEKeyword keyword) {
+  return std::uint64_t{1} << (hashOf(keyword) >> 26);
+}
+
 /// Looks at nothing but keywords and lengths on the way.
 std::optional<Item> walkTo(Bytes block, const Region& region, AEKeyword keyword) {
   std::size_t offset = region.begin;
@@ -35,6 +44,9 @@ std::optional<Item> walkTo(Bytes block, const Region& region, AEKeyword keyword)
 }  // namespace
 
 std::optional<Item> KeyIndex::find(Bytes block, const Region& region, AEKeyword keyword) {
+  if (region.count <= kSmallest && region.count == putCount) {
+    return findPut(block, region, keyword);
+  }
   if (region.count <= kSmallest || region.count > kMostItems ||
       busy.test_and_set(std::memory_order_acquire)) {
     return walkTo(block, region, keyword);
@@ -42,6 +54,27 @@ std::optional<Item> KeyIndex::find(Bytes block, const Region& region, AEKeyword 
   std::optional<Item> item = findWhileHeld(block, region, keyword);
   busy.clear(std::memory_order_release);
   return item;
+}
+
+std::optional<Item> KeyIndex::findPut(Bytes block, const Region& region, AEKeyword keyword) {
+  if ((putKeywords & bitOfKeyword(keyword)) == 0) return std::nullopt;
+  const UInt32 next = likelyNext.load(std::memory_order_relaxed);
+  std::optional<Item> item =
+      next == 0 ? firstItem(block, region)
+                : itemAt(block, region, next >> kIndexBits, next & ((1u << kIndexBits) - 1));
+  if (!item || item->keyword != keyword) item = walkTo(block, region, keyword);
+  if (!item) return std::nullopt;
+  const std::size_t behind = item->end();
+  const bool fits = behind <= UINT32_MAX >> kIndexBits;
+  likelyNext.store(fits ? static_cast<UInt32>(behind) << kIndexBits | (item->index + 1) : 0,
+                   std::memory_order_relaxed);
+  return item;
+}
+
+void KeyIndex::noteAppended(UInt32 count, AEKeyword keyword) {
+  if (count != putCount) return;
+  ++putCount;
+  putKeywords |= bitOfKeyword(keyword);
 }
 
 std::optional<Item> KeyIndex::findWhileHeld(Bytes block, const Region& region, AEKeyword keyword) {
@@ -89,7 +122,7 @@ bool KeyIndex::reserve(UInt32 count) {
 }
 
 KeyIndex::Slot& KeyIndex::slotFor(AEKeyword keyword) const {
-  UInt32 at = keyword * 0x9E3779B1u >> (32 - std::bit_width(capacity - 1));
+  UInt32 at = hashOf(keyword) >> (32 - std::bit_width(capacity - 1));
   while (slots[at].index != 0 && slots[at].keyword != keyword) at = (at + 1) & (capacity - 1);
   return slots[at];
 }
@@ -102,7 +135,9 @@ void KeyIndex::add(const Slot& slot) {
 
 void KeyIndex::clear() {
   slots.reset();
-  capacity = covered = end = walked = 0;
+  capacity = covered = end = walked = putCount = 0;
+  putKeywords = 0;
+  likelyNext.store(0, std::memory_order_relaxed);
 }
 
 }  // namespace platform::appleevents

@@ -5,11 +5,16 @@
 #include <cstring>
 #include <new>
 
+#include "platform/appleevents/EventFront.h"
 #include "platform/memory/Allocation.h"
 
 using platform::appleevents::Storage;
 
 namespace {
+
+constexpr UInt32 kFew = 32;  // parameters whose reading fits a word
+
+UInt32 bitOf(UInt32 index) { return UInt32{1} << (index - 1); }
 
 std::unique_ptr<Storage> makeBare() {
   if (!platform::memory::mayAllocate()) return nullptr;
@@ -40,6 +45,7 @@ std::unique_ptr<Storage> Storage::duplicate() const {
   if (copy == nullptr) return nullptr;
   std::ranges::copy(bytes(), copy->writable().begin());
   copy->replyRight = replyRight;
+  copy->front = front;
   return copy;
 }
 
@@ -64,12 +70,18 @@ std::byte* Storage::splice(std::size_t offset, std::size_t removed, std::size_t 
     cursor.set({0, 0});
     keys.clear();
   }
+  if (offset < platform::appleevents::kFrontEnd) front = false;
   block.size = kept + inserted;
   readCount = 0;
   return at;
 }
 
 bool Storage::trackReads(UInt32 parameters) {
+  if (parameters <= kFew) {
+    fewReads.store(0, std::memory_order_relaxed);
+    readCount = parameters;
+    return true;
+  }
   const bool mayAllocate = platform::memory::mayAllocate();
   reads.reset(mayAllocate ? new (std::nothrow) std::atomic<bool>[parameters]() : nullptr);
   readCount = reads == nullptr ? 0 : parameters;
@@ -77,11 +89,18 @@ bool Storage::trackReads(UInt32 parameters) {
 }
 
 void Storage::markRead(UInt32 index) {
-  if (index <= readCount) reads[index - 1].store(true, std::memory_order_relaxed);
+  if (index > readCount) return;
+  if (readCount > kFew) {
+    reads[index - 1].store(true, std::memory_order_relaxed);
+  } else {
+    fewReads.fetch_or(bitOf(index), std::memory_order_relaxed);
+  }
 }
 
 bool Storage::wasRead(UInt32 index) const {
-  return index > readCount || reads[index - 1].load(std::memory_order_relaxed);
+  if (index > readCount) return true;
+  if (readCount > kFew) return reads[index - 1].load(std::memory_order_relaxed);
+  return (fewReads.load(std::memory_order_relaxed) & bitOf(index)) != 0;
 }
 
 namespace platform::appleevents {
@@ -101,10 +120,6 @@ void Cursor::set(Place to) {
   if (busy.test_and_set(std::memory_order_acquire)) return;
   place = to;
   busy.clear(std::memory_order_release);
-}
-
-Bytes bytesOf(const AEDesc& desc) {
-  return desc.dataHandle == nullptr ? Bytes() : desc.dataHandle->bytes();
 }
 
 }  // namespace platform::appleevents

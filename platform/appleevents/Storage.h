@@ -78,6 +78,10 @@ struct OpaqueAEDataStorageType final {
   void markRead(UInt32 index);  // from 1
   bool wasRead(UInt32 index) const;
 
+  /// Whether this is an event that has been found to start as EventFront.h says, and still does.
+  bool hasFront() const { return front; }
+  void setHasFront() { front = true; }
+
   platform::appleevents::Cursor cursor;
   platform::appleevents::KeyIndex keys;
   std::shared_ptr<platform::appleevents::ReplyRight> replyRight;
@@ -90,8 +94,10 @@ struct OpaqueAEDataStorageType final {
 
   platform::mach::Buffer block;
   std::size_t capacity = 0;
+  UInt32 readCount = 0;             // 0: not tracked
+  std::atomic<UInt32> fewReads{0};  // a bit for each, while they are few
   std::unique_ptr<std::atomic<bool>[]> reads;
-  UInt32 readCount = 0;  // 0: not tracked
+  bool front = false;
 };
 
 namespace platform::appleevents {
@@ -101,7 +107,9 @@ using Storage = ::OpaqueAEDataStorageType;
 inline constexpr AEDesc kNullDesc = {typeNull, nullptr};
 
 /// The bytes that a descriptor holds.
-Bytes bytesOf(const AEDesc& desc);
+inline Bytes bytesOf(const AEDesc& desc) {
+  return desc.dataHandle == nullptr ? Bytes() : desc.dataHandle->bytes();
+}
 
 /// Whether a caller's block is one: a size that is not negative, and memory if it is above 0.
 inline bool isBlock(const void* data, Size size) {
@@ -115,7 +123,7 @@ inline Bytes blockOf(const void* data, Size size) {
 class HeldDesc final {
  public:
   HeldDesc() = default;
-  ~HeldDesc() { AEDisposeDesc(&desc); }
+  ~HeldDesc() { delete desc.dataHandle; }
   HeldDesc(const HeldDesc&) = delete;
   HeldDesc& operator=(const HeldDesc&) = delete;
 

@@ -24,6 +24,15 @@ constexpr std::array<FixedAttribute, 10> kFixedAttributes = {{
 }};
 constexpr std::ptrdiff_t kRequiredAttributes =
     std::ranges::count(kFixedAttributes, true, &FixedAttribute::isRequired);
+// The front is made of all that are required, and they come first here.
+static_assert(kFront.size() == kRequiredAttributes);
+static_assert(std::ranges::all_of(kFront, [](const FrontAttribute& attribute) {
+  const auto* const end = kFixedAttributes.begin() + kRequiredAttributes;
+  const auto* rule = std::find_if(
+      kFixedAttributes.begin(), end,
+      [&](const FixedAttribute& candidate) { return candidate.keyword == attribute.keyword; });
+  return rule != end && rule->type == attribute.type && rule->size == attribute.size;
+}));
 
 bool areWellFormed(Bytes block, const std::optional<Region>& region, bool keyed, unsigned depth) {
   if (!region) return false;
@@ -66,11 +75,21 @@ const FixedAttribute* fixedAttribute(AEKeyword keyword) {
   return found == kFixedAttributes.end() ? nullptr : found;
 }
 
-bool isMessage(Bytes block) {
-  if (!isWellFormed(typeAppleEvent, block)) return false;
-  const std::optional<Region> region = findRegion(typeAppleEvent, block, Part::kAttributes);
+bool isMessage(Bytes block, Front front) {
+  if (block.size() > Storage::kMaxSize) return false;
+  if (!areWellFormed(block, findRegion(typeAppleEvent, block, Part::kParameters), true,
+                     kMaxDepth)) {
+    return false;
+  }
+  std::optional<Region> region = findRegion(typeAppleEvent, block, Part::kAttributes);
   std::array<bool, kFixedAttributes.size()> seen{};
   std::ptrdiff_t required = 0;
+  if (front == Front::kThere) {
+    region = behindFront(*region);
+    std::ranges::fill_n(seen.begin(), kRequiredAttributes, true);
+    required = kRequiredAttributes;
+  }
+  if (!areWellFormed(block, region, true, kMaxDepth)) return false;
   std::size_t addresses = 0;
   for (auto item = firstItem(block, *region); item; item = nextItem(block, *region, *item)) {
     if (item->keyword == keyAddressAttr) {
@@ -87,11 +106,14 @@ bool isMessage(Bytes block) {
   return addresses == 1 && required == kRequiredAttributes;
 }
 
-void forgetPorts(DescType type, WritableBytes block) {
+void forgetPorts(DescType type, WritableBytes block, Front front) {
   if (type == typeMachPort) std::ranges::fill(block, std::byte{0});
   if (!hasItems(type)) return;
   forgetPortsIn(block, findRegion(type, block, Part::kParameters));
-  if (type == typeAppleEvent) forgetPortsIn(block, findRegion(type, block, Part::kAttributes));
+  if (type != typeAppleEvent) return;
+  const std::optional<Region> attributes = findRegion(type, block, Part::kAttributes);
+  forgetPortsIn(block,
+                attributes && front == Front::kThere ? behindFront(*attributes) : attributes);
 }
 
 }  // namespace platform::appleevents

@@ -3,7 +3,7 @@
 #ifndef PLATFORM_APPLEEVENTS_VALIDATION_H
 #define PLATFORM_APPLEEVENTS_VALIDATION_H
 
-#include "platform/appleevents/Items.h"
+#include "platform/appleevents/EventFront.h"
 
 namespace platform::appleevents {
 
@@ -27,11 +27,11 @@ const FixedAttribute* fixedAttribute(AEKeyword keyword);
 
 /// Whether a block is an event that can have travelled: well-formed, with an address and the
 /// required attributes, each fixed one once.
-bool isMessage(Bytes block);
+bool isMessage(Bytes block, Front front);
 
 /// Sets every port name in a well-formed block to MACH_PORT_NULL. The numbers are another
 /// process's: taken for ours they would let a message choose which of our ports we use.
-void forgetPorts(DescType type, WritableBytes block);
+void forgetPorts(DescType type, WritableBytes block, Front front = Front::kUnknown);
 
 }  // namespace platform::appleevents
 

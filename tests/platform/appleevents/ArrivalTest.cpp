@@ -2,6 +2,9 @@
 // What becomes of messages: good ones, damaged ones and hostile ones.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <span>
+
 #include "platform/appleevents/Dispatch.h"
 #include "platform/appleevents/Validation.h"
 #include "tests/platform/appleevents/Descriptors.h"
@@ -9,6 +12,7 @@
 
 namespace {
 
+using platform::appleevents::Front;
 using tests::attribute;
 using tests::block;
 using tests::Desc;
@@ -179,6 +183,66 @@ TEST(Arrival, ForgetsThePortsOfTheSender) {
   ASSERT_EQ(AEGetParamDesc(&event, 'evnt', typeAppleEvent, &found), noErr);
   EXPECT_EQ(attribute<UInt32>(found, keyAddressAttr, typeMachPort), 0u);
   EXPECT_EQ(attribute<UInt32>(found, keyReplyPortAttr, typeMachPort), 0u);
+}
+
+/// The attributes in the order in which our own events have them, the address last.
+std::vector<std::string> ownAttributes() {
+  std::vector<std::string> attributes = travellingAttributes();
+  std::rotate(attributes.begin() + 4, attributes.begin() + 5, attributes.end());
+  return attributes;
+}
+
+bool isMessageByWalking(const std::string& body) {
+  return platform::appleevents::isMessage(std::as_bytes(std::span(body)), Front::kUnknown);
+}
+
+bool isMessageByItsFront(const std::string& body) {
+  const auto bytes = std::as_bytes(std::span(body));
+  const Front front =
+      platform::appleevents::startsWithFront(bytes) ? Front::kThere : Front::kUnknown;
+  return platform::appleevents::isMessage(bytes, front);
+}
+
+TEST(Arrival, JudgesAFrontAsItJudgesAttributesOneByOne) {
+  const std::string body =
+      eventBlock(ownAttributes(), {item("----", "TEXT", "y"), item("long", "long", word(1))});
+  ASSERT_TRUE(isMessageByItsFront(body));
+  for (std::size_t at = 0; at < body.size(); ++at) {
+    for (const int change : {1, 4, 0x80}) {
+      std::string changed = body;
+      changed[at] = static_cast<char>(changed[at] ^ change);
+      ASSERT_EQ(isMessageByItsFront(changed), isMessageByWalking(changed)) << at;
+    }
+    ASSERT_FALSE(isMessageByItsFront(body.substr(0, at))) << at;
+  }
+}
+
+TEST(Arrival, RefusesAnAttributeBehindTheFrontThatIsInIt) {
+  for (std::size_t again = 0; again < ownAttributes().size(); ++again) {
+    std::vector<std::string> attributes = ownAttributes();
+    attributes.push_back(attributes[again]);
+    EXPECT_FALSE(isMessageByWalking(eventBlock(attributes, {}))) << again;
+    EXPECT_FALSE(isMessageByItsFront(eventBlock(attributes, {}))) << again;
+    EXPECT_EQ(decodeAlone(eventBlock(attributes, {})), errAECorruptData) << again;
+  }
+}
+
+TEST(Arrival, RefusesAFrontWithoutAnAddress) {
+  std::vector<std::string> attributes = ownAttributes();
+  attributes.pop_back();
+  EXPECT_EQ(decodeAlone(eventBlock(attributes, {})), errAECorruptData);
+}
+
+TEST(Arrival, ForgetsThePortsBehindAFront) {
+  std::vector<std::string> attributes = ownAttributes();
+  attributes.push_back(item("repp", "port", word(0x503)));
+  Desc event;
+  ASSERT_EQ(tests::decode(eventBlock(attributes, {item("port", "port", word(0x803))}), &event),
+            noErr);
+  EXPECT_EQ(attribute<UInt32>(event, keyReplyPortAttr, typeMachPort), 0u);
+  EXPECT_EQ(tests::parameter<UInt32>(event, 'port', typeMachPort), 0u);
+  EXPECT_EQ(attribute<SInt16>(event, keyReturnIDAttr, typeSInt16), 7);
+  EXPECT_EQ(attribute<SInt16>(event, keyEventSourceAttr, typeSInt16), kAELocalProcess);
 }
 
 TEST(Arrival, NamesThePortThatAnEventCameTo) {

@@ -150,6 +150,67 @@ TEST_P(LargeRecords, AgreeWithAMapAfterAnyChanges) {
 INSTANTIATE_TEST_SUITE_P(On, LargeRecords, testing::Bool(),
                          [](const auto& isEvent) { return isEvent.param ? "AnEvent" : "ARecord"; });
 
+/// Of many more keywords than a mask has bits, a few at a time, read in any order.
+TEST(SmallRecords, AgreeWithAMapAfterAnyChanges) {
+  std::minstd_rand random(7);
+  Desc desc = tests::makeRecord();
+  std::map<AEKeyword, std::string> expected;
+  for (int step = 0; step < tests::stressCount(20000); ++step) {
+    const AEKeyword key = 1 + random() % 200;
+    if (expected.size() > random() % 30) {
+      const AEKeyword gone = expected.lower_bound(key) == expected.end()
+                                 ? expected.begin()->first
+                                 : expected.lower_bound(key)->first;
+      ASSERT_EQ(AEDeleteKeyDesc(&desc, gone), kFound);
+      expected.erase(gone);
+    } else {
+      const std::string text(random() % 9, 'x');
+      ASSERT_EQ(AEPutKeyPtr(&desc, key, typeChar, text.data(), static_cast<Size>(text.size())),
+                noErr);
+      expected[key] = text;
+    }
+    for (AEKeyword wanted = key; wanted < key + 5; ++wanted) {
+      Size size = -1;
+      const bool there = expected.contains(wanted);
+      ASSERT_EQ(AESizeOfKeyDesc(&desc, wanted, nullptr, &size), there ? kFound : kMissing);
+      ASSERT_EQ(size, there ? static_cast<Size>(expected[wanted].size()) : -1);
+    }
+  }
+}
+
+TEST(SmallRecords, AreReadInTheirOrderAgainstItAndTwice) {
+  Desc desc = tests::makeEvent();
+  for (UInt32 key = 1; key <= 10; ++key) {
+    ASSERT_EQ(tests::putParameter(desc, key, typeUInt32, key * 3), noErr);
+  }
+  for (int round = 0; round < 2; ++round) {
+    for (UInt32 key = 1; key <= 10; ++key) {
+      ASSERT_EQ(tests::parameter<UInt32>(desc, key, typeUInt32), key * 3);
+    }
+  }
+  for (UInt32 key = 10; key >= 1; --key) {
+    ASSERT_EQ(tests::parameter<UInt32>(desc, key, typeUInt32), key * 3);
+    ASSERT_EQ(tests::parameter<UInt32>(desc, key, typeUInt32), key * 3);
+  }
+}
+
+TEST(SmallRecordsOfBytes, FindTheFirstOfTwoItemsUnderOneKeyword) {
+  const auto text = std::string("\0\0\0\3", 4) + "one TEXT" + std::string("\0\0\0\1a\0\0\0", 8) +
+                    "one TEXT" + std::string("\0\0\0\2bb\0\0", 8) + "two TEXT" +
+                    std::string("\0\0\0\0", 4);
+  Desc desc;
+  ASSERT_EQ(AECreateDesc(typeAERecord, text.data(), static_cast<Size>(text.size()), &desc), noErr);
+  for (int round = 0; round < 3; ++round) {
+    Size size = 0;
+    ASSERT_EQ(AESizeOfKeyDesc(&desc, 'one ', nullptr, &size), noErr);
+    EXPECT_EQ(size, 1);
+  }
+  ASSERT_EQ(AEPutKeyPtr(&desc, 'new ', typeChar, "c", 1), noErr);
+  ASSERT_EQ(AEDeleteKeyDesc(&desc, 'one '), noErr);
+  EXPECT_EQ(AESizeOfKeyDesc(&desc, 'one ', nullptr, nullptr), kMissing);
+  EXPECT_EQ(AESizeOfKeyDesc(&desc, 'two ', nullptr, nullptr), kFound);
+}
+
 TEST(LargeEvents, FindParametersThatAnAttributeMoved) {
   Desc event = tests::makeEvent();
   for (UInt32 key = 1; key <= kMany; ++key) {

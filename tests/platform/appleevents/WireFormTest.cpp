@@ -58,12 +58,12 @@ TEST(WireForm, OfAnEventHasItsAttributesBeforeItsParameters) {
                                                item("evid", "type", "Mcam"),
                                                item("rtid", "shor", std::string("\0\x07", 2)),
                                                item("tran", "long", word(9)),
-                                               item("addr", "psn ", word(0) + word(5)),
                                                item("repq", "bool", std::string(1, '\0')),
                                                item("timo", "long", word(0xFFFFFFFF)),
                                                item("inte", "long", word(0x20)),
                                                item("esrc", "shor", std::string(2, '\0')),
-                                               item("from", "psn ", word(0) + word(0))};
+                                               item("from", "psn ", word(0) + word(0)),
+                                               item("addr", "psn ", word(0) + word(5))};
   EXPECT_EQ(wireOf(event), eventBlock(attributes, {item("----", "TEXT", "hi")}));
 }
 
