@@ -82,13 +82,14 @@ Result<ReceivedPacket> packetOf(msghdr& message, ssize_t size) {
 }
 
 /// A signal ends a call that waits, as it ends any wait.
-Result<ReceivedPacket> receive(const Descriptor& connection, std::span<std::byte> buffer,
-                               int flags) {
-  iovec part{buffer.data(), buffer.size()};
+Result<ReceivedPacket> receive(const Descriptor& connection, Rooms rooms, int flags) {
+  std::array<iovec, kMostRooms> parts;
+  const std::size_t count = std::min(rooms.size(), kMostRooms);
+  for (std::size_t i = 0; i < count; ++i) parts[i] = {rooms[i].data(), rooms[i].size()};
   ReceivedControl control;
   msghdr message{};
-  message.msg_iov = &part;
-  message.msg_iovlen = 1;
+  message.msg_iov = parts.data();
+  message.msg_iovlen = count;
   const auto take = [&] {
     message.msg_control = control.bytes.data();
     message.msg_controllen = control.bytes.size();
@@ -193,16 +194,20 @@ Status sendPacket(const Descriptor& connection, std::span<const std::byte> head,
   return success();
 }
 
-Result<ReceivedPacket> receivePacket(const Descriptor& connection, std::span<std::byte> buffer) {
-  return receive(connection, buffer, MSG_DONTWAIT);
+Result<ReceivedPacket> receivePacket(const Descriptor& connection, Rooms rooms) {
+  return receive(connection, rooms, MSG_DONTWAIT);
 }
 
-Result<ReceivedPacket> awaitPacket(const Descriptor& connection, std::span<std::byte> buffer,
-                                   Deadline deadline, ReceivePatience& patience) {
-  if (letWait(connection, deadline, patience)) return receive(connection, buffer, 0);
+Result<ReceivedPacket> receivePacket(const Descriptor& connection, std::span<std::byte> buffer) {
+  return receivePacket(connection, Rooms(&buffer, 1));
+}
+
+Result<ReceivedPacket> awaitPacket(const Descriptor& connection, Rooms rooms, Deadline deadline,
+                                   ReceivePatience& patience) {
+  if (letWait(connection, deadline, patience)) return receive(connection, rooms, 0);
   Interest input{&connection};
   if (!waitForAny({&input, 1}, deadline)) return Error::kWouldBlock;
-  return receivePacket(connection, buffer);
+  return receivePacket(connection, rooms);
 }
 
 void shutDown(const Descriptor& socket) { shutdown(socket.number(), SHUT_RDWR); }

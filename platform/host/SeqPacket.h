@@ -46,9 +46,14 @@ struct ReceivedPacket {
   bool surplus = false;  // more came, and were closed
 };
 
+/// Where a packet goes: one room after the other is filled. A few at most.
+using Rooms = std::span<const std::span<std::byte>>;
+inline constexpr std::size_t kMostRooms = 3;
+
 /// Takes one packet. kTooLarge when it did not fit (its rest and its descriptors are gone),
 /// kDisconnected when the other end has closed and everything was read; an empty packet counts as
 /// that.
+Result<ReceivedPacket> receivePacket(const Descriptor& connection, Rooms rooms);
 Result<ReceivedPacket> receivePacket(const Descriptor& connection, std::span<std::byte> buffer);
 
 /// How long the host lets a call wait on a connection, as it was last told.
@@ -60,8 +65,8 @@ struct ReceivePatience {
 /// As receivePacket, but waits for a packet: kWouldBlock when none has come, which may be before
 /// the deadline. Nothing but the connection ends the wait, so it is for a thread that nobody wakes;
 /// it spares that one the asking whether there is something to read.
-Result<ReceivedPacket> awaitPacket(const Descriptor& connection, std::span<std::byte> buffer,
-                                   Deadline deadline, ReceivePatience& patience);
+Result<ReceivedPacket> awaitPacket(const Descriptor& connection, Rooms rooms, Deadline deadline,
+                                   ReceivePatience& patience);
 
 /// Ends a connection or a listening socket for both sides, waking whoever waits on it. The
 /// descriptor stays open, so that its number is not reused under another thread's feet.

@@ -23,10 +23,86 @@ constexpr int kPacketsInARow = 32;
 constexpr std::size_t kMostConnections = 128;
 constexpr std::size_t kMostUnfinished = std::size_t{64} << 20;  // bytes, on several connections
 
-std::span<std::byte> packetBuffer() {
-  static thread_local const std::unique_ptr<std::byte[]> buffer(
-      new std::byte[kPacketHeaderSize + kPacketBodyLimit]);
-  return {buffer.get(), kPacketHeaderSize + kPacketBodyLimit};
+/// Where a packet is read to. One block for all of it is what the host fills fastest; but where the
+/// last message was large the body gets a place of its own, from which it need not be copied.
+class Intake final {
+ public:
+  explicit Intake(Assembler& assemblerToFeed);
+
+  host::Rooms rooms() const { return {parts.data(), count}; }
+  Assembler::Outcome feed(std::size_t size);
+
+  /// Gives a large block back, for whatever else the thread does.
+  static void end();
+
+ private:
+  static constexpr std::size_t kPacketLimit = kPacketHeaderSize + kPacketBodyLimit;
+
+  static Block& ownBlock();  // the thread's
+  static void keep();
+  void suit(std::size_t size);
+
+  Assembler& assembler;
+  Block& block = ownBlock();
+  std::array<std::byte, kPacketHeaderSize> head;
+  std::array<std::span<std::byte>, 3> parts;
+  std::size_t count = 0;
+};
+
+Intake::Intake(Assembler& assemblerToFeed) : assembler(assemblerToFeed) {
+  const std::size_t last = assembler.lastTotal();
+  const std::span<std::byte> room = assembler.room();
+  suit(room.empty() && last <= kLargestKept ? last : 0);
+  const std::span<std::byte> whole(block.memory.get(), kPacketLimit);
+  if (last < kSmallestKept) {
+    parts[count++] = whole;
+    return;
+  }
+  parts[count++] = head;
+  const std::size_t placed = std::min(room.size(), kPacketBodyLimit);
+  if (placed > 0) parts[count++] = room.first(placed);
+  if (placed < kPacketBodyLimit) parts[count++] = whole.first(kPacketBodyLimit - placed);
+}
+
+/// Sees to it that the thread has a block, one that holds a message of this size if there is any.
+void Intake::suit(std::size_t size) {
+  if (block && block.capacity >= size) return;
+  if (Block larger = withdrawKept(std::max(size, kPacketLimit))) {
+    keep();
+    block = std::move(larger);
+  }
+  if (!block) block = withdrawKept(kPacketLimit);
+  if (!block) block = freshBlock(kPacketLimit);
+  if (!block) throw std::bad_alloc();
+}
+
+void Intake::keep() {
+  Block& own = ownBlock();
+  if (!own) return;
+  keepOnceFree(own.memory.get(), own.capacity);
+  own = Block();
+}
+
+void Intake::end() {
+  if (ownBlock().capacity > kPacketLimit) keep();
+}
+
+/// Takes what was read into the rooms.
+Assembler::Outcome Intake::feed(std::size_t size) {
+  if (count == 1) return assembler.feed(parts[0].first(size));
+  std::array<Bytes, 3> read;
+  for (std::size_t i = 0; i < count; ++i) {
+    read[i] = parts[i].first(std::min(size, parts[i].size()));
+    size -= read[i].size();
+  }
+  const bool isPlaced = !assembler.room().empty();
+  if (isPlaced) return assembler.feed(read[0], {.placed = read[1], .rest = read[2]});
+  return assembler.feed(read[0], {.rest = read[1], .block = &block});
+}
+
+Block& Intake::ownBlock() {
+  static thread_local Block own;
+  return own;
 }
 
 std::optional<Buffer> readMemoryFile(const host::ReceivedPacket& packet, std::uint32_t total) {
@@ -40,8 +116,8 @@ std::optional<Buffer> readMemoryFile(const host::ReceivedPacket& packet, std::ui
 }
 
 /// Feeds a packet, which may bring a descriptor only where it must bring one.
-Assembler::Outcome feed(Assembler& assembler, const host::ReceivedPacket& packet) {
-  const Assembler::Outcome outcome = assembler.feed(packetBuffer().first(packet.size));
+Assembler::Outcome feed(Intake& intake, const host::ReceivedPacket& packet) {
+  const Assembler::Outcome outcome = intake.feed(packet.size);
   const bool expectsFile = outcome == Assembler::Outcome::kMemoryFile;
   const bool honest = !packet.surplus && static_cast<bool>(packet.passed) == expectsFile;
   return honest ? outcome : Assembler::Outcome::kMalformed;
@@ -104,10 +180,11 @@ bool beginsTooMuch(const Connection& connection) {
 enum class Progress { kPart, kMessage, kEnd };
 
 /// What a packet brings the connection's reader. Exhausted memory ends the connection alone.
-Progress take(const std::shared_ptr<Connection>& connection, const host::ReceivedPacket& packet) {
+Progress take(const std::shared_ptr<Connection>& connection, Intake& intake,
+              const host::ReceivedPacket& packet) {
   try {
     Assembler& assembler = connection->assembler;
-    const Assembler::Outcome outcome = feed(assembler, packet);
+    const Assembler::Outcome outcome = feed(intake, packet);
     connection->unfinished.store(assembler.unfinished(), std::memory_order_relaxed);
     if (outcome == Assembler::Outcome::kPartial) {
       return beginsTooMuch(*connection) ? Progress::kEnd : Progress::kPart;
@@ -129,9 +206,10 @@ void hangUpNow(const std::shared_ptr<Connection>& connection) {
 template <typename Receive>
 bool takeMessage(const std::shared_ptr<Connection>& connection, Receive receive) {
   for (int i = 0; i < kPacketsInARow; ++i) {
-    const host::Result<host::ReceivedPacket> packet = receive();
+    Intake intake(connection->assembler);
+    const host::Result<host::ReceivedPacket> packet = receive(intake.rooms());
     if (!packet && packet.error() == host::Error::kWouldBlock) return false;
-    const Progress progress = packet ? take(connection, *packet) : Progress::kEnd;
+    const Progress progress = packet ? take(connection, intake, *packet) : Progress::kEnd;
     if (progress == Progress::kMessage) return true;
     if (progress == Progress::kEnd) {
       connection->assembler = Assembler();
@@ -191,15 +269,19 @@ Connection::Connection(host::Descriptor descriptor)
 
 bool serve(const std::shared_ptr<Connection>& connection, const Socket& socket) {
   const std::lock_guard reading(connection->reading);
-  return takeMessage(connection, [&] { return host::receivePacket(*socket, packetBuffer()); });
+  const bool mayBeMore = takeMessage(
+      connection, [&](host::Rooms rooms) { return host::receivePacket(*socket, rooms); });
+  Intake::end();
+  return mayBeMore;
 }
 
 void serveAlone(const std::shared_ptr<Connection>& connection, const Socket& socket,
                 Deadline deadline) {
   const std::lock_guard reading(connection->reading);
-  takeMessage(connection, [&] {
-    return host::awaitPacket(*socket, packetBuffer(), deadline, connection->patience);
+  takeMessage(connection, [&](host::Rooms rooms) {
+    return host::awaitPacket(*socket, rooms, deadline, connection->patience);
   });
+  Intake::end();
 }
 
 void hangUp(std::shared_ptr<Connection> connection) {

@@ -1,6 +1,7 @@
 // Licence: MIT, see LICENSE.
 #include "platform/mach/Packet.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
@@ -33,8 +34,6 @@ std::uint32_t getWord(Bytes packet, std::size_t at) {
 }
 
 }  // namespace
-
-void Buffer::Free::operator()(std::byte* block) const { std::free(block); }
 
 std::optional<Buffer> makeBuffer(std::size_t size) {
   Buffer buffer;
@@ -83,43 +82,92 @@ std::optional<PacketHeader> decodeHeader(Bytes packet) {
 }
 
 Assembler::Outcome Assembler::feed(Bytes packet) {
-  const std::optional<PacketHeader> header = decodeHeader(packet);
+  const std::size_t head = std::min(packet.size(), kPacketHeaderSize);
+  return feed(packet.first(head), {.rest = packet.subspan(head)});
+}
+
+Assembler::Outcome Assembler::feed(Bytes head, const PacketBody& incoming) {
+  const std::optional<PacketHeader> header = decodeHeader(head);
   if (!header) return Outcome::kMalformed;
-  const Bytes rest = packet.subspan(kPacketHeaderSize);
+  const bool isEmpty = incoming.placed.empty() && incoming.rest.empty();
   switch (header->kind) {
     case PacketHeader::Kind::kFirst:
-      return begin(*header, rest);
+      return begin(*header, incoming);
     case PacketHeader::Kind::kAbandoned:
       if (header->destination == 0 || header->reply != 0) return Outcome::kMalformed;
-      if (!rest.empty() || header->inMemoryFile || header->total != 0) return Outcome::kMalformed;
-      return begin(*header, rest);
+      if (!isEmpty || header->inMemoryFile || header->total != 0) return Outcome::kMalformed;
+      return begin(*header, incoming);
     case PacketHeader::Kind::kContinuation:
       break;
   }
   // Only a body that is under way and still lacks these bytes can go on.
-  if (!underWay || header->inMemoryFile || rest.empty()) return Outcome::kMalformed;
-  return append(rest);
+  if (!underWay || header->inMemoryFile || isEmpty) return Outcome::kMalformed;
+  body.size += incoming.placed.size();  // no more than room(), so no more than is lacking
+  return append(incoming.rest);
 }
 
-Assembler::Outcome Assembler::begin(const PacketHeader& header, Bytes rest) {
+Assembler::Outcome Assembler::begin(const PacketHeader& header, const PacketBody& incoming) {
+  const Buffer before = std::exchange(body, Buffer{});  // where `placed` lies
+  capacity = 0;
   current = header;
-  body = Buffer{};
   underWay = !header.inMemoryFile;
-  if (header.inMemoryFile) return rest.empty() ? Outcome::kMemoryFile : Outcome::kMalformed;
-  if (rest.empty() && header.total > 0) return Outcome::kMalformed;
-  return append(rest);
+  const std::size_t size = incoming.placed.size() + incoming.rest.size();
+  if (header.inMemoryFile) return size == 0 ? Outcome::kMemoryFile : Outcome::kMalformed;
+  if ((size == 0 && header.total > 0) || size > header.total) return Outcome::kMalformed;
+  if (takeOver(incoming)) return settle();
+  const Outcome outcome = append(incoming.placed);
+  return incoming.rest.empty() || outcome == Outcome::kMalformed ? outcome : append(incoming.rest);
+}
+
+/// A large packet stays where it was read if its message has room there; else it goes to a kept
+/// block with room, if there is one. False if it must be copied to a block of its size.
+bool Assembler::takeOver(const PacketBody& incoming) {
+  const Bytes rest = incoming.rest;
+  if (!incoming.placed.empty() || incoming.block == nullptr) return false;
+  if (rest.size() < kSmallestKept || current.total > kLargestKept) return false;
+  const bool fits = incoming.block->capacity >= current.total;
+  Block block = fits ? std::move(*incoming.block) : withdrawKept(current.total);
+  if (!block) return false;
+  if (!keepOnceFree(block.memory.get(), block.capacity)) {
+    if (fits) *incoming.block = std::move(block);
+    return false;
+  }
+  if (!fits) std::memcpy(block.memory.get(), rest.data(), rest.size());
+  capacity = block.capacity;
+  body.memory = std::move(block.memory);
+  body.size = rest.size();
+  return true;
+}
+
+std::span<std::byte> Assembler::room() {
+  if (!underWay || capacity < current.total) return {};
+  return {body.memory.get() + body.size, current.total - body.size};
 }
 
 Assembler::Outcome Assembler::append(Bytes rest) {
   if (rest.size() > current.total - body.size) return Outcome::kMalformed;
   if (!rest.empty()) {
-    void* grown = std::realloc(body.memory.get(), body.size + rest.size());
-    if (grown == nullptr) return Outcome::kMalformed;
-    static_cast<void>(body.memory.release());
-    body.memory.reset(static_cast<std::byte*>(grown));
+    if (!grow(body.size + rest.size())) return Outcome::kMalformed;
     std::memcpy(body.memory.get() + body.size, rest.data(), rest.size());
     body.size += rest.size();
   }
+  return settle();
+}
+
+/// Exactly to a size, unless the block has room for it. When it holds a whole large message there
+/// is to be a block for the next such.
+bool Assembler::grow(std::size_t size) {
+  if (size <= capacity) return true;
+  void* grown = std::realloc(body.memory.get(), size);
+  if (grown == nullptr) return false;
+  static_cast<void>(body.memory.release());
+  body.memory.reset(static_cast<std::byte*>(grown));
+  capacity = size;
+  if (size == current.total && isWorthKeeping(size)) keepOne(size);
+  return true;
+}
+
+Assembler::Outcome Assembler::settle() {
   if (body.size < current.total) return Outcome::kPartial;
   underWay = false;
   return Outcome::kComplete;

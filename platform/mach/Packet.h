@@ -14,8 +14,10 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <utility>
 
+#include "platform/mach/KeptBlocks.h"
 #include "platform/mach/PortSpace.h"
 
 namespace platform::mach {
@@ -51,7 +53,16 @@ std::optional<Buffer> makeBuffer(std::size_t size);
 /// A buffer with these bytes; none when memory is exhausted.
 std::optional<Buffer> copyOf(Bytes body);
 
-/// Puts the packets of one connection together. Never holds more memory than it was fed.
+/// What a packet brings behind its header.
+struct PacketBody {
+  Bytes placed{};  // was read into the assembler's room()
+  Bytes rest{};    // follows that
+  /// Where the rest lies from the beginning on, if the assembler may take the block over.
+  Block* block = nullptr;
+};
+
+/// Puts the packets of one connection together. Never holds more memory than it was fed, but for
+/// blocks that are kept for large messages.
 class Assembler final {
  public:
   enum class Outcome {
@@ -60,19 +71,29 @@ class Assembler final {
     kMemoryFile,  // header() is a message whose body is the descriptor that came with the packet
     kMalformed,   // the connection cannot be trusted any more
   };
+  Outcome feed(Bytes head, const PacketBody& body);
   Outcome feed(Bytes packet);
 
+  /// Where the rest of the message that is under way can be read to at once, if there is a block
+  /// for all of it.
+  std::span<std::byte> room();
   const PacketHeader& header() const { return current; }
+  /// The size of the message that came last, or is on its way.
+  std::size_t lastTotal() const { return current.total; }
   /// Bytes of a message that more packets belong to.
   std::size_t unfinished() const { return underWay ? body.size : 0; }
   Buffer takeBody() { return std::exchange(body, Buffer{}); }
 
  private:
-  Outcome begin(const PacketHeader& header, Bytes rest);
+  Outcome begin(const PacketHeader& header, const PacketBody& incoming);
   Outcome append(Bytes rest);
+  Outcome settle();
+  bool takeOver(const PacketBody& incoming);
+  bool grow(std::size_t size);
 
   PacketHeader current;
   Buffer body;
+  std::size_t capacity = 0;  // of the body's memory
   bool underWay = false;
 };
 

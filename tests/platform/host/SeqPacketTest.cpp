@@ -6,6 +6,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <thread>
 #include <vector>
@@ -31,6 +32,7 @@ class Packets : public testing::Test {
 
   ConnectedPair pair = std::move(*makeConnectedPair());
   std::vector<std::byte> buffer = std::vector<std::byte>(1024);
+  const std::array<std::span<std::byte>, 1> whole = {buffer};
 };
 
 TEST_F(Packets, KeepTheirBoundsAndTheirOrder) {
@@ -90,6 +92,19 @@ TEST_F(Packets, ThatDoNotFitAreReported) {
   ASSERT_TRUE(sendPacket(pair.first, text("next"), {}, nullptr));
   EXPECT_EQ(Error::kTooLarge, receivePacket(pair.second, std::span(buffer).first(9)).error());
   EXPECT_EQ(4u, receivePacket(pair.second, buffer)->size);
+}
+
+TEST_F(Packets, FillOneRoomAfterTheOther) {
+  std::array<std::byte, 4> head;
+  std::array<std::byte, 2> near;
+  const std::span<std::byte> rooms[] = {head, near, buffer};
+  ASSERT_TRUE(sendPacket(pair.first, text("head"), text("body"), nullptr));
+  ASSERT_EQ(8u, receivePacket(pair.second, rooms)->size);
+  EXPECT_TRUE(std::ranges::equal(text("head"), head));
+  EXPECT_TRUE(std::ranges::equal(text("bo"), near));
+  EXPECT_EQ(text("dy"), taken(2));
+  ASSERT_TRUE(sendPacket(pair.first, text("tool"), text("ong"), nullptr));
+  EXPECT_EQ(Error::kTooLarge, receivePacket(pair.second, std::span(rooms).first(2)).error());
 }
 
 TEST_F(Packets, EndWithTheConnection) {
@@ -152,7 +167,7 @@ constexpr Nanoseconds kSecond = 1'000'000'000;
 TEST_F(Packets, AreAwaitedUntilTheyCome) {
   std::thread sender([&] { EXPECT_TRUE(sendPacket(pair.first, text("late"), {}, nullptr)); });
   ReceivePatience patience;
-  const auto packet = awaitPacket(pair.second, buffer, Deadline::after(60 * kSecond), patience);
+  const auto packet = awaitPacket(pair.second, whole, Deadline::after(60 * kSecond), patience);
   sender.join();
   ASSERT_TRUE(packet);
   EXPECT_EQ(text("late"), taken(packet->size));
@@ -161,7 +176,7 @@ TEST_F(Packets, AreAwaitedUntilTheyCome) {
 TEST_F(Packets, AreAwaitedNoLongerThanTheDeadline) {
   ReceivePatience patience;
   const Nanoseconds begun = monotonicNow();
-  const auto packet = awaitPacket(pair.second, buffer, Deadline::after(kSecond / 50), patience);
+  const auto packet = awaitPacket(pair.second, whole, Deadline::after(kSecond / 50), patience);
   EXPECT_EQ(Error::kWouldBlock, packet.error());
   EXPECT_GE(monotonicNow() - begun, kSecond / 50);
   EXPECT_EQ(ReceivePatience::kUntold, patience.seconds);
@@ -170,7 +185,7 @@ TEST_F(Packets, AreAwaitedNoLongerThanTheDeadline) {
 TEST_F(Packets, AreAwaitedUntilTheOtherEndCloses) {
   std::thread other([&] { pair.first = Descriptor(); });
   ReceivePatience patience;
-  const auto packet = awaitPacket(pair.second, buffer, Deadline::never(), patience);
+  const auto packet = awaitPacket(pair.second, whole, Deadline::never(), patience);
   other.join();
   EXPECT_EQ(Error::kDisconnected, packet.error());
 }
@@ -179,7 +194,7 @@ TEST_F(Packets, AreAwaitedWithFewChangesOfTheHostsLimit) {
   ReceivePatience patience;
   const auto limitAfter = [&](Deadline deadline) {
     EXPECT_TRUE(sendPacket(pair.first, text("x"), {}, nullptr));
-    EXPECT_TRUE(awaitPacket(pair.second, buffer, deadline, patience));
+    EXPECT_TRUE(awaitPacket(pair.second, whole, deadline, patience));
     return patience.seconds;
   };
   EXPECT_EQ(32, limitAfter(Deadline::after(60 * kSecond)));

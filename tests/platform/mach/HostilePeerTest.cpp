@@ -126,6 +126,31 @@ TEST_F(HostilePeer, IsExpelledForAnOversizedPacket) {
   expectExpulsion();
 }
 
+TEST_F(HostilePeer, IsExpelledForAnOversizedPacketAfterALargeMessage) {
+  const int size = 1 << 20;
+  setsockopt(connection.number(), SOL_SOCKET, SO_SNDBUF, &size, sizeof size);
+  ASSERT_NO_FATAL_FAILURE(put(connection, {.id = 1, .total = 100'000}, pattern(100'000)));
+  Message message;
+  ASSERT_EQ(KERN_SUCCESS, receive(port, message, soon()));
+  ASSERT_NO_FATAL_FAILURE(put(connection, {.id = 2, .total = 250'000}, pattern(40'000)));
+  const PacketHeader rest{.kind = Kind::kContinuation, .total = 250'000};
+  ASSERT_NO_FATAL_FAILURE(put(connection, rest, pattern(kPacketBodyLimit + 1)));
+  expectExpulsion();
+}
+
+TEST_F(HostilePeer, MayGiveALargeMessageUpForAnother) {
+  for (const std::size_t size : {100u, 50'000u, 100'000u, 190'000u}) {
+    SCOPED_TRACE(size);
+    ASSERT_NO_FATAL_FAILURE(put(connection, {.id = 1, .total = 200'000}, pattern(40'000)));
+    const auto total = static_cast<std::uint32_t>(size);
+    ASSERT_NO_FATAL_FAILURE(put(connection, {.id = 2, .total = total}, pattern(size, 5)));
+    Message message;
+    ASSERT_EQ(KERN_SUCCESS, receive(port, message, soon()));
+    EXPECT_EQ(2, message.id);
+    EXPECT_TRUE(pattern(size, 5) == bytesOf(message));
+  }
+}
+
 TEST_F(HostilePeer, IsExpelledForAnEmptyPacket) {
   ASSERT_EQ(0, ::send(connection.number(), "", 0, 0));
   expectExpulsion();

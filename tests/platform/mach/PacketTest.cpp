@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 #include <vector>
 
@@ -148,6 +149,120 @@ TEST(PacketAssembler, TakesAnAbandonmentOnlyOfSomething) {
   EXPECT_EQ(Assembled::kMalformed, assembler.feed(packet({.kind = Kind::kAbandoned})));
   EXPECT_EQ(Assembled::kMalformed,
             assembler.feed(packet({.kind = Kind::kAbandoned, .destination = 7, .total = 1})));
+}
+
+/// Reads parts of a large message as a connection does: the first into a block of its own.
+class LargeMessage : public testing::Test {
+ protected:
+  LargeMessage() { forgetBlocks(); }
+  ~LargeMessage() override { forgetBlocks(); }
+
+  static void forgetBlocks() {
+    while (platform::mach::withdrawKept(0)) continue;
+  }
+
+  Assembled begin(std::size_t size, std::uint32_t total) {
+    std::memcpy(block.memory.get(), whole.data(), size);
+    memory = block.memory.get();
+    const auto head = encodeHeader({.id = 3, .total = total});
+    return assembler.feed(head, {.rest = Bytes(memory, size), .block = &block});
+  }
+
+  /// Fills the assembler's room, and hands the rest over apart.
+  Assembled goOn(Bytes bytes, Kind kind = Kind::kContinuation) {
+    const std::span<std::byte> room = assembler.room();
+    const std::size_t placed = std::min(room.size(), bytes.size());
+    std::memcpy(room.data(), bytes.data(), placed);
+    const auto total = static_cast<std::uint32_t>(bytes.size());
+    const auto head = encodeHeader({.kind = kind, .id = 4, .total = total});
+    return assembler.feed(head, {.placed = room.first(placed), .rest = bytes.subspan(placed)});
+  }
+
+  void expectBody(Bytes expected) {
+    const Buffer body = assembler.takeBody();
+    EXPECT_TRUE(std::ranges::equal(expected, body.bytes()));
+  }
+
+  static constexpr std::uint32_t kSize = 100'000;
+  std::vector<std::byte> whole = pattern(kSize);
+  platform::mach::Block block = platform::mach::freshBlock(kSize);
+  std::byte* memory = nullptr;
+  Assembler assembler;
+};
+
+TEST_F(LargeMessage, StaysWhereItWasRead) {
+  EXPECT_EQ(Assembled::kComplete, begin(kSize, kSize));
+  EXPECT_FALSE(block);
+  const Buffer body = assembler.takeBody();
+  EXPECT_EQ(memory, body.memory.get());
+  EXPECT_TRUE(std::ranges::equal(whole, body.bytes()));
+}
+
+TEST_F(LargeMessage, IsJoinedInItsPlace) {
+  EXPECT_EQ(Assembled::kPartial, begin(60'000, kSize));
+  EXPECT_EQ(memory + 60'000, assembler.room().data());
+  EXPECT_EQ(40'000u, assembler.room().size());
+  EXPECT_EQ(Assembled::kPartial, goOn(Bytes(whole).subspan(60'000, 30'000)));
+  EXPECT_EQ(90'000u, assembler.unfinished());
+  EXPECT_EQ(Assembled::kComplete, goOn(Bytes(whole).subspan(90'000)));
+  EXPECT_TRUE(assembler.room().empty());
+  expectBody(whole);
+}
+
+TEST_F(LargeMessage, IsRefusedWhereItGoesOnForTooLong) {
+  EXPECT_EQ(Assembled::kPartial, begin(60'000, kSize));
+  EXPECT_EQ(Assembled::kMalformed, goOn(Bytes(whole).first(40'001)));
+}
+
+TEST_F(LargeMessage, IsAbandonedForOneThatWasReadOverIt) {
+  for (const std::size_t size : {10u, 40'000u, 40'001u, 99'999u}) {
+    SCOPED_TRACE(size);
+    if (!block) block = platform::mach::freshBlock(kSize);
+    EXPECT_EQ(Assembled::kPartial, begin(60'000, kSize));
+    EXPECT_EQ(Assembled::kComplete, goOn(Bytes(whole).first(size), Kind::kFirst));
+    EXPECT_EQ(4, assembler.header().id);
+    expectBody(Bytes(whole).first(size));
+  }
+}
+
+TEST_F(LargeMessage, IsCopiedWhereTheBlockHasNoRoomForIt) {
+  EXPECT_EQ(Assembled::kPartial, begin(60'000, kSize + 1));
+  EXPECT_TRUE(block);
+  EXPECT_TRUE(assembler.room().empty());
+  const auto head = encodeHeader({.kind = Kind::kContinuation});
+  EXPECT_EQ(Assembled::kComplete, assembler.feed(head, {.rest = Bytes(whole).first(40'001)}));
+  EXPECT_EQ(kSize + 1, assembler.takeBody().size);
+  EXPECT_EQ(kSize + 1, platform::mach::withdrawKept(0).capacity);
+}
+
+TEST_F(LargeMessage, GoesToAKeptBlockThatHasRoomForIt) {
+  platform::mach::Block kept = platform::mach::freshBlock(2 * kSize);
+  ASSERT_TRUE(platform::mach::keepOnceFree(kept.memory.get(), kept.capacity));
+  kept = {};
+  EXPECT_EQ(Assembled::kPartial, begin(60'000, kSize + 1));
+  EXPECT_TRUE(block);
+  EXPECT_EQ(40'001u, assembler.room().size());
+  EXPECT_EQ(Assembled::kComplete, goOn(Bytes(whole).first(40'001)));
+  EXPECT_EQ(kSize + 1, assembler.takeBody().size);
+}
+
+// Or a stranger could have a block for each of many messages that it only begins.
+TEST_F(LargeMessage, GetsABlockOnlyForBytesThatAreManyAndOnlyAFewTimes) {
+  EXPECT_EQ(Assembled::kPartial, begin(platform::mach::kSmallestKept - 1, kSize));
+  EXPECT_TRUE(block);
+  std::vector<Assembler> others(platform::mach::kMostKept);
+  for (Assembler& other : others) {
+    std::swap(assembler, other);
+    if (!block) block = platform::mach::freshBlock(kSize);
+    EXPECT_EQ(Assembled::kPartial, begin(platform::mach::kSmallestKept, kSize));
+    EXPECT_FALSE(block);
+  }
+  Assembler late;
+  std::swap(assembler, late);
+  block = platform::mach::freshBlock(kSize);
+  EXPECT_EQ(Assembled::kPartial, begin(platform::mach::kSmallestKept, kSize));
+  EXPECT_TRUE(block);
+  EXPECT_TRUE(assembler.room().empty());
 }
 
 TEST(MessageBuffers, HaveNoMemoryWhenTheyAreEmpty) {

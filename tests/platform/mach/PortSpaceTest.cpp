@@ -115,6 +115,24 @@ TEST_F(PortSpace, CarriesBodiesOfEverySizeToAnotherProcess) {
   }
 }
 
+// What was read into the memory of an earlier message must be this one's nevertheless.
+TEST_F(PortSpace, CarriesBodiesOfAllSizesOneAfterTheOther) {
+  const auto server = startServer("echo");
+  const mach_port_name_t right = lookUp("echo");
+  const OwnPort reply;
+  std::vector<Message> held;  // so that their memory is in use
+  for (unsigned i = 0; i < 60; ++i) {
+    const std::size_t sizes[] = {1u << 20, 65536, 100, 200'000, 40'000, 3u << 20, 1u << 20};
+    const std::vector<std::byte> body = pattern(sizes[i % std::size(sizes)] + i, i);
+    Message answer = request(right, reply, kEcho, body);
+    ASSERT_TRUE(body == bytesOf(answer)) << i;
+    if (i % 5 == 0) held.push_back(std::move(answer));
+  }
+  for (std::size_t i = 0; i < held.size(); ++i) {
+    EXPECT_TRUE(pattern(held[i].body.size, static_cast<unsigned>(5 * i)) == bytesOf(held[i])) << i;
+  }
+}
+
 TEST_F(PortSpace, CarriesAConversationBothWays) {
   const auto server = startServer("echo");
   const OwnPort reply;
