@@ -38,6 +38,7 @@ void RunLoopMode::insert(RunLoopItem& item, mach_port_name_t port) {
       list.begin(), list.end(), item.order(),
       [](CFIndex order, const Entry& entry) { return order < entry.item.get()->order(); });
   list.insert(place, Entry{Held<RunLoopItem*>::retaining(&item), port, ++lastNumber});
+  noteObservers();
   if (port != MACH_PORT_NULL) portSet.insert(port);
 }
 
@@ -49,9 +50,18 @@ Held<RunLoopItem*> RunLoopMode::remove(const RunLoopItem& item) {
   Held<RunLoopItem*> reference = std::move(found->item);
   const mach_port_name_t port = found->port;
   list.erase(found);
+  noteObservers();
   // The name may have been taken for another port since this one died.
   if (port != MACH_PORT_NULL && !sourceOf(port)) portSet.remove(port);
   return reference;
+}
+
+void RunLoopMode::noteObservers() {
+  CFOptionFlags wanted = 0;
+  for (const Entry& entry : listOf(Kind::kObserver)) {
+    wanted |= as<const RunLoopObserver>(entry).activities();
+  }
+  observed.store(static_cast<UInt32>(wanted), std::memory_order_release);
 }
 
 RunLoopItem* RunLoopMode::anyItem() const {

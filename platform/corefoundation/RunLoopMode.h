@@ -7,6 +7,7 @@
 #include <CoreFoundation/CFString.h>
 
 #include <array>
+#include <atomic>
 #include <limits>
 #include <vector>
 
@@ -56,6 +57,11 @@ class RunLoopMode final {
   Held<RunLoopSource*> takeSignalled(Turn turn, Choice choice);
   Held<RunLoopTimer*> takeDueTimer(Turn turn, host::Nanoseconds now);
   Held<RunLoopObserver*> takeObserver(Progress& progress, CFRunLoopActivity activity);
+  /// Whether any observer wants to be told of an activity. Needs no lock: most turns of most loops
+  /// have nobody to tell.
+  bool isObserved(CFRunLoopActivity activity) const {
+    return (observed.load(std::memory_order_acquire) & static_cast<UInt32>(activity)) != 0;
+  }
   /// The source that a port belongs to, with a reference.
   Held<RunLoopSource*> sourceOf(mach_port_name_t port) const;
 
@@ -73,9 +79,12 @@ class RunLoopMode final {
   List& listOf(RunLoopItem::Kind kind) { return lists[static_cast<std::size_t>(kind)]; }
   const List& listOf(RunLoopItem::Kind kind) const { return lists[static_cast<std::size_t>(kind)]; }
 
+  void noteObservers();
+
   const Held<CFStringRef> ownName;
   std::array<List, 3> lists;
-  UInt64 lastNumber = 0;  // of entries, in the order of their coming
+  std::atomic<UInt32> observed{0};  // the activities that any observer wants
+  UInt64 lastNumber = 0;            // of entries, in the order of their coming
   mach::PortSet portSet;
 };
 

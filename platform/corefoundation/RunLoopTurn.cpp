@@ -171,6 +171,7 @@ SInt32 RunLoop::resultOf(const Activation& run, bool handledSource, Nanoseconds 
 }
 
 void RunLoop::notify(RunLoopMode& mode, CFRunLoopActivity activity) {
+  if (!mode.isObserved(activity)) return;
   RunLoopMode::Progress progress;
   const auto next = [&] {
     const Lock held(lock);
