@@ -6,6 +6,7 @@
 #include <new>
 
 #include "platform/appleevents/EventFront.h"
+#include "platform/mach/KeptBlocks.h"
 #include "platform/memory/Allocation.h"
 
 using platform::appleevents::Storage;
@@ -53,11 +54,26 @@ bool Storage::reserve(std::size_t size) {
   if (size <= capacity) return true;
   constexpr std::size_t kSmallest = 16;
   const std::size_t roomy = std::max({size, kSmallest, std::min(capacity * 2, kMaxSize)});
+  if (platform::mach::isWorthKeeping(size)) return moveToLarge(size, roomy);
+  if (capacity >= platform::mach::kSmallestKept) platform::mach::keepNoMore(block.memory.get());
   void* grown = platform::memory::reallocate(block.memory.get(), roomy);
   if (grown == nullptr) return false;
   static_cast<void>(block.memory.release());  // realloc has freed it
   block.memory.reset(static_cast<std::byte*>(grown));
   capacity = roomy;
+  return true;
+}
+
+/// To a block that is kept for such, if there is one.
+bool Storage::moveToLarge(std::size_t size, std::size_t roomy) {
+  if (!platform::memory::mayAllocate()) return false;
+  platform::mach::Block larger = platform::mach::withdrawKept(size);
+  if (!larger) larger = platform::mach::freshBlock(roomy);
+  if (!larger) return false;
+  std::ranges::copy(bytes(), larger.memory.get());
+  platform::mach::keepOnceFree(larger.memory.get(), larger.capacity);
+  capacity = larger.capacity;
+  block.memory = std::move(larger.memory);
   return true;
 }
 

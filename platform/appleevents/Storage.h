@@ -91,6 +91,7 @@ struct OpaqueAEDataStorageType final {
 
  private:
   bool reserve(std::size_t size);
+  bool moveToLarge(std::size_t size, std::size_t roomy);
 
   platform::mach::Buffer block;
   std::size_t capacity = 0;
