@@ -61,8 +61,6 @@ CFComparisonResult byNumber(const void* a, const void* b, void* context) {
   return numberIn(a) < numberIn(b) ? kCFCompareLessThan : kCFCompareGreaterThan;
 }
 
-}  // namespace
-
 TEST_F(CFArray, HoldsItsValuesInOrder) {
   const Held<CFArrayRef> array = arrayOf({3, 1, 2});
   EXPECT_EQ(CFArrayGetCount(array.get()), 3);
@@ -374,3 +372,5 @@ TEST_F(CFMutableArray, StaysWholeWhenMemoryEndsAnywhere) {
   EXPECT_GT(failures, 3);
   EXPECT_LT(failures, 10);
 }
+
+}  // namespace

@@ -63,8 +63,6 @@ Held<CFMutableDictionaryRef> dictionaryOfObjects(
       CFDictionaryCreateMutable(nullptr, 0, keys, &kCFTypeDictionaryValueCallBacks));
 }
 
-}  // namespace
-
 TEST_F(CFDictionary, FindsValuesByEqualKeys) {
   const Held<CFDictionaryRef> dictionary = dictionaryOf({{1, 10}, {2, 20}});
   EXPECT_EQ(CFDictionaryGetCount(dictionary.get()), 2);
@@ -388,3 +386,5 @@ TEST_F(CFMutableDictionary, StaysWholeWhenMemoryEndsAnywhere) {
   EXPECT_GT(failures, 2);
   EXPECT_LT(failures, 8);
 }
+
+}  // namespace

@@ -64,8 +64,6 @@ class PropertyListFile : public ::testing::Test {
   const std::filesystem::path path = root.path() / "list";
 };
 
-}  // namespace
-
 TEST(CFPropertyList, IsAsMutableAsIsAskedFor) {
   const std::string binary = asBinary(readList(kTree).get());
   for (const std::string& file : {std::string(kTree), binary}) {
@@ -276,5 +274,7 @@ TEST(CFPropertyList, GivesUpACopyWhenThereIsNoMemory) {
   }
   EXPECT_GT(allowed, 5);
 }
+
+}  // namespace
 
 }  // namespace tests::propertyLists

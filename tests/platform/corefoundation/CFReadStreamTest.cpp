@@ -34,8 +34,6 @@ class FileReadStream : public ::testing::Test {
   PrivateRoot root;
 };
 
-}  // namespace
-
 TEST(CFReadStream, GoesThroughItsStates) {
   const auto stream = streamOf(kText);
   EXPECT_EQ(CFGetTypeID(stream.get()), CFReadStreamGetTypeID());
@@ -208,5 +206,7 @@ TEST_F(FileReadStream, TakesARelativeURL) {
   EXPECT_TRUE(CFReadStreamOpen(stream.get()));
   EXPECT_EQ(readAll(stream.get(), 100), kText);
 }
+
+}  // namespace
 
 }  // namespace tests::readStreams

@@ -39,8 +39,6 @@ class FileWriteStream : public ::testing::Test {
   const std::filesystem::path path = root.path() / "a";
 };
 
-}  // namespace
-
 TEST(CFWriteStream, GoesThroughItsStates) {
   const auto stream = toMemory();
   EXPECT_EQ(CFGetTypeID(stream.get()), CFWriteStreamGetTypeID());
@@ -211,5 +209,7 @@ TEST_F(FileWriteStream, SaysThatTheDiskIsFull) {
   EXPECT_EQ(statusOf(stream), kCFStreamStatusError);
   EXPECT_EQ(CFWriteStreamGetError(stream.get()).error, ENOSPC);
 }
+
+}  // namespace
 
 }  // namespace tests::writeStreams

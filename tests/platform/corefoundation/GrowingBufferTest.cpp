@@ -32,8 +32,6 @@ class GrowingBufferOfLetters : public testing::Test {
   GrowingBuffer<char> buffer;
 };
 
-}  // namespace
-
 TEST_F(GrowingBufferOfLetters, TakesNoMemoryBeforeItHoldsAnything) {
   EXPECT_TRUE(buffer.replace(allocator.get(), 0, 0, nullptr, 0));
   EXPECT_EQ(buffer.data(), nullptr);
@@ -86,3 +84,5 @@ TEST(Ranges, LieWithinACountOrNot) {
   EXPECT_FALSE(isWithin({1, kMost}, 3));
   EXPECT_FALSE(isWithin({kMost, kMost}, 3));
 }
+
+}  // namespace

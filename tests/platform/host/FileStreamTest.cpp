@@ -36,8 +36,6 @@ class FileStreamTest : public ::testing::Test {
   tests::PrivateRoot root;
 };
 
-}  // namespace
-
 TEST_F(FileStreamTest, WritesAndReadsBitByBit) {
   FileStream file;
   ASSERT_TRUE(file.open(path("a"), FilePurpose::kReplace));
@@ -97,3 +95,5 @@ TEST_F(FileStreamTest, FailsWhileNothingIsOpen) {
   EXPECT_FALSE(file.moveTo(0));
   EXPECT_EQ(file.failure(), EBADF);
 }
+
+}  // namespace
