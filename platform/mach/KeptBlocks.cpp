@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <mutex>
+#include <type_traits>
 #include <utility>
 
 namespace platform::mach {
@@ -42,7 +43,9 @@ struct Places {
 };
 
 Places& places() {
-  static Places& only = *new Places;  // threads may outlive main
+  // Freeing must not fail, so this takes no memory; and threads may outlive main.
+  static_assert(std::is_trivially_destructible_v<Places>);
+  static constinit Places only;
   return only;
 }
 
