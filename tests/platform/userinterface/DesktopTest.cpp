@@ -150,13 +150,14 @@ class NoticeOnADesktop : public OnADesktop {
     unsetenv("DISPLAY");
     setenv("QRL_UI", "none", 1);
   }
+  bool wasAnswered() const { return notice.nmRefCon != 0; }
   /// Runs the main loop until the response was called.
   bool isAnswered() {
     const auto end = std::chrono::steady_clock::now() + tests::kPatience;
-    while (notice.nmRefCon == 0 && std::chrono::steady_clock::now() < end) {
+    while (!wasAnswered() && std::chrono::steady_clock::now() < end) {
       CFRunLoopRunInMode(kCFRunLoopDefaultMode, 1, 1);
     }
-    return notice.nmRefCon == 1;
+    return wasAnswered();
   }
 
   tests::LogListener log{root.path()};
@@ -171,7 +172,7 @@ TEST_F(NoticeOnADesktop, IsUpUntilItsDismissalIsAnsweredOnTheMainLoop) {
   std::thread([this] { EXPECT_EQ(NMInstall(&notice), 0); }).join();
   EXPECT_EQ(shown.readLine(), "up");
   CFRunLoopRunInMode(kCFRunLoopDefaultMode, 0, 1);
-  EXPECT_EQ(notice.nmRefCon, 0);
+  EXPECT_FALSE(wasAnswered());
   answer.writeLine("");
   EXPECT_TRUE(isAnswered());
   EXPECT_EQ(gResponder, std::this_thread::get_id());
@@ -187,7 +188,7 @@ TEST_F(NoticeOnADesktop, IsTakenOffTheScreenWhenItIsRemoved) {
   EXPECT_EQ(NMRemove(&notice), 0);
   EXPECT_THAT(tests::linesOf(record), ElementsAre("tidied"));
   CFRunLoopRunInMode(kCFRunLoopDefaultMode, 0, 1);
-  EXPECT_EQ(notice.nmRefCon, 0);
+  EXPECT_FALSE(wasAnswered());
 }
 
 TEST_F(NoticeOnADesktop, GoesToTheNextPresenterWhenItCannotBeShown) {
