@@ -167,9 +167,10 @@ std::optional<FoundHelper> findHelper(const AlertContents& alert, Desktop deskto
   if (alert.buttons.empty()) return std::nullopt;
   std::vector<const DesktopHelper*> candidates;
   for (const DesktopHelper& helper : desktopHelpers()) candidates.push_back(&helper);
-  std::ranges::stable_partition(candidates, [desktop](const DesktopHelper* helper) {
-    return desktop.isKDE && helper->program == kKDEHelper;
-  });
+  std::stable_partition(candidates.begin(), candidates.end(),
+                        [desktop](const DesktopHelper* helper) {
+                          return desktop.isKDE && helper->program == kKDEHelper;
+                        });
   for (const DesktopHelper* helper : candidates) {
     const bool works = desktop.hasX || (desktop.hasWayland && !helper->needsX);
     if (!works || alert.buttons.size() > helper->mostButtons) continue;
