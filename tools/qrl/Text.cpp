@@ -33,18 +33,29 @@ std::optional<std::string> macRomanFromUtf8(std::string_view text) {
   return convert(text, kCFStringEncodingUTF8, kCFStringEncodingMacRoman);
 }
 
+namespace {
+
+/// Whether a character that begins with E2 and goes on with these bytes separates lines or
+/// paragraphs, or turns the direction of a text.
+bool separatesOrTurns(std::string_view bytes) {
+  if (bytes.size() < 2) return false;
+  const auto last = static_cast<unsigned char>(bytes[1]);
+  if (bytes[0] == '\x80') return last >= 0xA8 && last <= 0xAE;
+  return bytes[0] == '\x81' && last >= 0xA6 && last <= 0xA9;
+}
+
+}  // namespace
+
 bool isOneLine(std::string_view text) {
-  using namespace std::literals;
   if (std::ranges::any_of(text, [](unsigned char c) { return c < 0x20 || c == 0x7F; }))
     return false;
   for (std::size_t at = text.find('\xC2'); at != text.npos; at = text.find('\xC2', at + 1)) {
     if (at + 1 < text.size() && static_cast<unsigned char>(text[at + 1]) < 0xA0) return false;
   }
-  constexpr std::string_view kTurning[] = {"\u2028"sv, "\u2029"sv, "\u202A"sv, "\u202B"sv,
-                                           "\u202C"sv, "\u202D"sv, "\u202E"sv, "\u2066"sv,
-                                           "\u2067"sv, "\u2068"sv, "\u2069"sv};
-  return std::ranges::none_of(kTurning,
-                              [text](std::string_view c) { return text.find(c) != text.npos; });
+  for (std::size_t at = text.find('\xE2'); at != text.npos; at = text.find('\xE2', at + 1)) {
+    if (separatesOrTurns(text.substr(at + 1, 2))) return false;
+  }
+  return true;
 }
 
 std::string utf8FromMacRoman(std::string_view bytes) {
