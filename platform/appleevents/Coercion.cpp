@@ -108,7 +108,9 @@ OSErr AECoercePtr(DescType type, const void* data, Size size, DescType toType, A
   if (result == nullptr) return paramErr;
   *result = kNullDesc;
   if (!isBlock(data, size)) return paramErr;
-  return coerce({type, blockOf(data, size)}, nullptr, toType, result);
+  const Bytes block = blockOf(data, size);
+  if (!isWellFormed(type, block)) return errAECorruptData;
+  return coerce({type, block}, nullptr, toType, result);
 }
 
 OSErr AECoerceDesc(const AEDesc* desc, DescType toType, AEDesc* result) {

@@ -299,6 +299,19 @@ TEST(Coercion, MakesARecordOfAnEventsParameters) {
   EXPECT_EQ(tests::parameter<SInt32>(record, 'two ', typeSInt32), 2);
 }
 
+TEST(Coercion, RefusesDamagedItems) {
+  Desc event = tests::makeEvent();
+  ASSERT_EQ(putParameter<SInt32>(event, 'numb', typeSInt32, 7), noErr);
+  std::vector<std::byte> bytes = tests::bytesOf(event);
+  bytes.pop_back();
+  for (const DescType type : {typeAppleEvent, typeAERecord, typeAEList}) {
+    Desc made;
+    EXPECT_EQ(AECoercePtr(type, bytes.data(), static_cast<Size>(bytes.size()), typeAERecord, &made),
+              errAECorruptData);
+    EXPECT_TRUE(made.isNull());
+  }
+}
+
 TEST(Coercion, FailsBetweenStrangers) {
   const std::pair<DescType, DescType> strangers[] = {
       {typeAERecord, typeAppleEvent},
