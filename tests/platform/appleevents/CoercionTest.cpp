@@ -347,7 +347,7 @@ TEST(Coercion, RefusesBadArguments) {
   EXPECT_EQ(AECoercePtr(typeChar, nullptr, 1, typeSInt32, &result), paramErr);
   EXPECT_EQ(AECoercePtr(typeChar, "1", -1, typeSInt32, &result), paramErr);
   EXPECT_EQ(AECoercePtr(typeChar, "1", 1, typeSInt32, nullptr), paramErr);
-  EXPECT_EQ(AECoercePtr(typeAEList, "abc", 3, typeChar, &result), errAECoercionFail);
+  EXPECT_EQ(AECoercePtr(typeAEList, "abc", 3, typeChar, &result), errAECorruptData);
 }
 
 }  // namespace
